@@ -1,0 +1,18 @@
+# trn_export_symbols(TARGET LIST): exports from a shared library exactly the names in the file LIST, one a line,
+# through a module-definition file on Windows and a version script elsewhere.
+function(trn_export_symbols target list)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list}")
+    file(STRINGS "${list}" names)
+    if(WIN32)
+        list(JOIN names "\n    " body)
+        set(definitions "${CMAKE_CURRENT_BINARY_DIR}/${target}.def")
+        file(CONFIGURE OUTPUT "${definitions}" CONTENT "EXPORTS\n    ${body}\n" @ONLY)
+        target_sources(${target} PRIVATE "${definitions}")
+    else()
+        list(JOIN names ";\n        " body)
+        set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
+        file(CONFIGURE OUTPUT "${script}" CONTENT "{\n    global:\n        ${body};\n    local:\n        *;\n};\n" @ONLY)
+        target_link_options(${target} PRIVATE "LINKER:--version-script=${script}")
+        set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${script}")
+    endif()
+endfunction()

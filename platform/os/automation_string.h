@@ -1,0 +1,90 @@
+/// CComBSTR, the wide automation string in which paths cross into the family's libraries.
+///
+/// A compiler with ATL supplies its own class; elsewhere this one serves, with the part of ATL's interface
+/// that is used here, over the system's string allocation where there is one.
+#pragma once
+
+#include <climits>
+#include <string_view>
+
+#if defined(_MSC_VER)
+
+#include <atlbase.h>
+
+#else
+
+#include <utility>
+
+#if defined(_WIN32)
+
+// As oleauto.h has them; windows.h, which that needs, would bring its macros to every file that handles a
+// path.
+using BSTR = wchar_t*;
+extern "C" {
+__declspec(dllimport) BSTR __stdcall SysAllocStringLen(const wchar_t* text, unsigned int length);
+__declspec(dllimport) unsigned int __stdcall SysStringLen(BSTR text);
+__declspec(dllimport) void __stdcall SysFreeString(BSTR text);
+}
+
+#else
+
+/// A zero-terminated wide string with its length in bytes in the 32 bits before it. Null is the empty string.
+using BSTR = wchar_t*;
+
+/// A new string of `length` characters copied from `text` (zeros when `text` is null), to be freed with
+/// SysFreeString. Null when memory runs out or the length in bytes does not fit 32 bits.
+BSTR SysAllocStringLen(const wchar_t* text, unsigned int length);
+
+/// Characters of the string, the terminating zero not counted; 0 for null.
+unsigned int SysStringLen(BSTR text);
+
+/// Frees the string; null is allowed.
+void SysFreeString(BSTR text);
+
+#endif
+
+/// Owns one BSTR; null stands for the empty string. Null, too, when memory runs out.
+class CComBSTR {
+public:
+    CComBSTR() = default;
+
+    /// Copies `length` characters, zeros among them included.
+    CComBSTR(int length, const wchar_t* text)
+        : m_str(length >= 0 ? SysAllocStringLen(text, static_cast<unsigned int>(length)) : nullptr) {}
+
+    /// Copies up to the terminating zero; null gives null.
+    CComBSTR(const wchar_t* text) {
+        const std::wstring_view view(text != nullptr ? text : L"");
+        if (text != nullptr && view.size() <= INT_MAX)
+            m_str = SysAllocStringLen(text, static_cast<unsigned int>(view.size()));
+    }
+    CComBSTR(const CComBSTR& other)
+        : m_str(other.m_str != nullptr ? SysAllocStringLen(other.m_str, other.Length()) : nullptr) {}
+    CComBSTR(CComBSTR&& other) noexcept : m_str(std::exchange(other.m_str, nullptr)) {}
+    CComBSTR& operator=(CComBSTR other) noexcept {
+        std::swap(m_str, other.m_str);
+        return *this;
+    }
+    ~CComBSTR() { SysFreeString(m_str); }
+
+    unsigned int Length() const { return SysStringLen(m_str); }
+    operator BSTR() const { return m_str; }
+
+    BSTR m_str = nullptr;
+};
+
+#endif
+
+namespace os {
+
+/// The automation string with the characters of `text`; null when it is longer than such a string can be.
+inline CComBSTR ToAutomationString(std::wstring_view text) {
+    return text.size() <= INT_MAX ? CComBSTR(static_cast<int>(text.size()), text.data()) : CComBSTR();
+}
+
+/// The characters of `text`, valid as long as it is.
+inline std::wstring_view CharactersOf(const CComBSTR& text) {
+    return text.m_str != nullptr ? std::wstring_view(text.m_str, text.Length()) : std::wstring_view();
+}
+
+} // namespace os

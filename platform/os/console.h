@@ -1,0 +1,33 @@
+/// The process's command line, its standard streams and its end.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace os {
+
+/// The arguments of this process as UTF-8, the program's name first. On Windows `count` and `values` are not
+/// looked at: main's narrow arguments have lost what the ANSI code page cannot hold.
+std::vector<std::string> CommandLineArguments(int count, char** values);
+
+/// True when people read what is written to standard output, to standard error.
+bool IsOutputTerminal();
+bool IsErrorTerminal();
+
+/// Columns of the terminal that standard error is; 0 when it is none or does not tell.
+int ErrorTerminalColumns();
+
+/// Writes UTF-8 text to standard error, also where the console has another encoding. Failures are ignored.
+void WriteErrorText(std::string_view text);
+
+/// From now on a write to a closed pipe fails instead of ending the process, and a request to end the process
+/// (an interrupt from the keyboard, a termination signal, a closed console) only sets the flag that
+/// InterruptRequested gives; a blocking write then ends early.
+void TakeOverSignals();
+bool InterruptRequested();
+
+/// Ends the process in the way that the request would have ended it.
+[[noreturn]] void EndByInterrupt();
+
+} // namespace os

@@ -1,0 +1,34 @@
+/// Wide paths and the places of this process.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace os {
+
+/// The separator between folders: a backslash on Windows, a slash elsewhere.
+extern const wchar_t kPathSeparator;
+
+/// UTF-8 to the system's wide string and back. Bytes that are no valid UTF-8 survive the round trip where
+/// wide characters have 32 bits, lone surrogates where they have 16; other things that are no text become
+/// U+FFFD.
+std::wstring WidenUtf8(std::string_view text);
+std::string NarrowToUtf8(std::wstring_view text);
+
+/// The text of bytes in the system's ANSI code page (Latin-1 where the system has none), up to the first
+/// zero.
+std::wstring WidenAnsi(std::string_view bytes);
+
+/// Full path of the running program; empty when the system does not tell.
+std::wstring ExecutablePath();
+
+/// Full path of the module (library or program) that contains this code; empty when the system does not tell.
+std::wstring ModulePath();
+
+/// Keeps the module's instance handle from its start-up, for ModulePath (Windows; elsewhere unused).
+void SetModuleInstance(void* instance);
+
+/// True when something of that name exists and this process may read it.
+bool IsReadable(const std::wstring& path);
+
+} // namespace os

@@ -1,0 +1,73 @@
+#include "os/console.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace os {
+
+namespace {
+
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t g_interrupt = 0;
+
+void NoteInterrupt(int number) {
+    g_interrupt = number;
+}
+
+} // namespace
+
+std::vector<std::string> CommandLineArguments(int count, char** values) {
+    return std::vector<std::string>(values, values + count);
+}
+
+bool IsOutputTerminal() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+
+bool IsErrorTerminal() {
+    return isatty(STDERR_FILENO) == 1;
+}
+
+int ErrorTerminalColumns() {
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void WriteErrorText(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+        if (written <= 0)
+            return;
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void TakeOverSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    for (const int number : kInterrupts) {
+        struct sigaction earlier = {};
+        sigaction(number, nullptr, &earlier);
+        if (earlier.sa_handler == SIG_IGN) // as under nohup
+            continue;
+        struct sigaction action = {};
+        action.sa_handler = NoteInterrupt; // without SA_RESTART, so that a blocking write returns
+        sigemptyset(&action.sa_mask);
+        sigaction(number, &action, nullptr);
+    }
+}
+
+bool InterruptRequested() {
+    return g_interrupt != 0;
+}
+
+void EndByInterrupt() {
+    const int number = g_interrupt != 0 ? static_cast<int>(g_interrupt) : SIGINT;
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+    std::_Exit(128 + number);
+}
+
+} // namespace os

@@ -1,0 +1,73 @@
+#include "decoder/layer3/band_layout.h"
+
+#include "decoder/tables/band_tables.h"
+
+namespace trnmpa {
+
+namespace {
+
+constexpr int kLines = 576;
+constexpr int kMixedLongLines = 36;
+constexpr int kMixedFirstShortBand = 3;
+constexpr int kLastShortBand = 12;
+
+constexpr void AddLongBands(BandLayout& layout, const std::uint16_t (&starts)[23], int endLine) {
+    for (int band = 0; starts[band] < endLine; ++band) {
+        const auto width = static_cast<std::uint16_t>(starts[band + 1] - starts[band]);
+        layout.segment[static_cast<std::size_t>(layout.count++)] = {starts[band], width,
+                                                                    static_cast<std::uint8_t>(band), 0, false};
+    }
+}
+
+// At 8 kHz the short bands behind the long ones of a mixed block end before line 576; the last band takes the
+// lines that remain.
+constexpr void AddShortBands(BandLayout& layout, const std::uint16_t (&starts)[14], int firstBand, int line) {
+    for (int band = firstBand; band <= kLastShortBand; ++band) {
+        const int width = band == kLastShortBand ? (kLines - line) / 3 : starts[band + 1] - starts[band];
+        for (int window = 0; window < 3; ++window, line += width)
+            layout.segment[static_cast<std::size_t>(layout.count++)] = {
+                static_cast<std::uint16_t>(line), static_cast<std::uint16_t>(width),
+                static_cast<std::uint8_t>(band), static_cast<std::uint8_t>(window), true};
+    }
+}
+
+enum Kind { kLong, kShort, kMixed, kKinds };
+
+constexpr BandLayout MakeLayout(int row, int rate, int kind) {
+    const auto& longStarts = tables::kLongBandStart[row][rate];
+    const auto& shortStarts = tables::kShortBandStart[row][rate];
+    BandLayout layout;
+    if (kind == kLong)
+        AddLongBands(layout, longStarts, kLines);
+    if (kind == kMixed)
+        AddLongBands(layout, longStarts, kMixedLongLines);
+    if (kind == kShort)
+        AddShortBands(layout, shortStarts, 0, 0);
+    if (kind == kMixed)
+        AddShortBands(layout, shortStarts, kMixedFirstShortBand, kMixedLongLines);
+    return layout;
+}
+
+using LayoutTable = std::array<std::array<std::array<BandLayout, kKinds>, 3>, 3>;
+
+constexpr LayoutTable MakeLayouts() {
+    LayoutTable layouts = {};
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t rate = 0; rate < 3; ++rate)
+            for (std::size_t kind = 0; kind < kKinds; ++kind)
+                layouts[row][rate][kind] =
+                    MakeLayout(static_cast<int>(row), static_cast<int>(rate), static_cast<int>(kind));
+    return layouts;
+}
+
+constexpr LayoutTable kLayouts = MakeLayouts();
+
+}  // namespace
+
+const BandLayout& LayoutOf(const DecoderHeader& header, const GranuleInfo& info) {
+    const Kind kind = info.IsMixedShort() ? kMixed : info.IsShort() ? kShort : kLong;
+    return kLayouts[static_cast<std::size_t>(header.BandTableRow())]
+                   [static_cast<std::size_t>(header.sampleRateIndex)][kind];
+}
+
+}  // namespace trnmpa

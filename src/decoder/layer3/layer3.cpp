@@ -1,0 +1,71 @@
+#include "decoder/layer3/layer3.h"
+
+#include "decoder/layer3/band_layout.h"
+#include "decoder/layer3/huffman.h"
+#include "decoder/layer3/requantise.h"
+#include "decoder/layer3/scale_factors.h"
+#include "decoder/layer3/stereo.h"
+
+#include <cstring>
+
+namespace trnmpa {
+
+void Layer3Decoder::Reset() {
+    std::memset(overlap_, 0, sizeof overlap_);
+}
+
+int Layer3Decoder::DecodeFrame(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int mainDataBytes,
+                               SynthesisBank& synthesis, std::int16_t* pcm) {
+    bits.RewindToFrameStart(static_cast<int>(info.mainDataBegin) + mainDataBytes);
+    factors_[0] = {};
+    factors_[1] = {};
+    const int valuesPerGranule = kGranuleLines * header.channels;
+    for (int granule = 0; granule < header.GranuleCount(); ++granule) {
+        ReadGranule(bits, header, info, granule);
+        SynthesiseGranule(header, info, granule, synthesis, pcm + granule * valuesPerGranule);
+    }
+    return header.GranuleCount() * valuesPerGranule;
+}
+
+void Layer3Decoder::ReadGranule(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int granule) {
+    for (int channel = 0; channel < header.channels; ++channel)
+        ReadChannel(bits, header, info, granule, channel);
+    if (header.channels == 2) {
+        const GranuleInfo& right = info.granule[granule][1];
+        ProcessStereo(header, {right, LayoutOf(header, right), factors_[1]}, spectrum_[0], spectrum_[1],
+                      nonZeroCount_);
+    }
+}
+
+void Layer3Decoder::ReadChannel(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int granule,
+                                int channel) {
+    GranuleInfo& granuleInfo = info.granule[granule][channel];
+    const int end = bits.BitsRemaining() - static_cast<int>(granuleInfo.part23Length);
+    if (header.lowSamplingFrequency != 0)
+        ReadScaleFactorsLsf(bits, header, channel, granuleInfo, factors_[channel]);
+    else
+        ReadScaleFactorsMpeg1(bits, granuleInfo, info.scaleFactorSelection[channel], granule, factors_[channel]);
+    std::int32_t lines[kGranuleLines];
+    const int read = DecodeSpectrum(bits, header, granuleInfo, end, lines);
+    bits.SeekToBitsRemaining(end);
+    nonZeroCount_[channel] = Requantise(lines, read, granuleInfo, LayoutOf(header, granuleInfo),
+                                        factors_[channel], spectrum_[channel]);
+}
+
+void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInfo& info, int granule,
+                                      SynthesisBank& synthesis, std::int16_t* pcm) {
+    for (int channel = 0; channel < header.channels; ++channel) {
+        const GranuleInfo& granuleInfo = info.granule[granule][channel];
+        SynthesiseHybrid(granuleInfo, LayoutOf(header, granuleInfo), nonZeroCount_[channel], spectrum_[channel],
+                         overlap_[channel], slots_[channel]);
+    }
+    for (int slot = 0; slot < kLinesPerSubband; ++slot, pcm += kSubbands * header.channels) {
+        const bool invertFrequency = slot % 2 != 0;
+        if (header.channels == 1)
+            synthesis.SynthesiseMono(slots_[0][slot], invertFrequency, pcm);
+        else
+            synthesis.SynthesiseStereo(slots_[0][slot], slots_[1][slot], invertFrequency, pcm);
+    }
+}
+
+}  // namespace trnmpa

@@ -1,0 +1,49 @@
+#include "decoder/layer3/requantise.h"
+
+#include "decoder/kernels/scale_lines.h"
+#include "decoder/tables/requantise_tables.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace trnmpa {
+
+namespace {
+
+constexpr int kFirstGainExponent = -45;
+
+int GainOffset(const GranuleInfo& info, const BandSegment& segment, const ScaleFactors& factors) {
+    const int shift = static_cast<int>(info.scaleFactorScale) + 1;
+    if (segment.isShort)
+        return (factors.shortBand[segment.window][segment.band] << shift) +
+               8 * static_cast<int>(info.subblockGain[segment.window]);
+    const int emphasis = info.preflag != 0 ? tables::kPreEmphasis[segment.band] : 0;
+    return (factors.longBand[segment.band] + emphasis) << shift;
+}
+
+/// Scale factors of an intensity right channel can lead past the table's end; its last entry serves there.
+float SegmentGain(const GranuleInfo& info, const BandSegment& segment, const ScaleFactors& factors) {
+    const int exponent = 210 - static_cast<int>(info.globalGain) + GainOffset(info, segment, factors);
+    const int index = std::min(exponent - kFirstGainExponent, static_cast<int>(std::size(tables::kGain)) - 1);
+    return tables::kGain[index];
+}
+
+}  // namespace
+
+int Requantise(std::span<const std::int32_t, kGranuleLines> lines, int nonZeroCount, const GranuleInfo& info,
+               const BandLayout& layout, const ScaleFactors& factors, Spectrum spectrum) {
+    while (nonZeroCount > 0 && lines[static_cast<std::size_t>(nonZeroCount - 1)] == 0)
+        --nonZeroCount;
+    for (const BandSegment& segment : layout.Segments()) {
+        if (segment.start >= nonZeroCount)
+            break;
+        const std::size_t count =
+            static_cast<std::size_t>(std::min<int>(segment.End(), nonZeroCount) - segment.start);
+        ScaleLines(lines.subspan(segment.start, count), SegmentGain(info, segment, factors),
+                   spectrum.subspan(segment.start, count));
+    }
+    std::fill(spectrum.begin() + nonZeroCount, spectrum.end(), 0.0f);
+    return nonZeroCount;
+}
+
+}  // namespace trnmpa

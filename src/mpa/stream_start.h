@@ -1,0 +1,28 @@
+/// Where the sample reader begins in a file that has no index.
+#pragma once
+
+#include "mpa/frame_header.h"
+#include "mpa/header_source.h"
+
+#include <optional>
+
+namespace trnmpa {
+
+struct AudioStart {
+    std::int64_t dataStart = 0; ///< byte position of the first frame that is delivered
+    MpaFrameHeader firstHeader; ///< of the first frame found, which is the "Info" frame if there is one
+    bool hasInfoFrame = false;  ///< the first frame was passed over because it carries "Info"
+};
+
+/// Skips a leading tag by the sample reader's rule, finds the first frame and, in layer III, passes over an
+/// "Info" frame. The decoder has then read the first frame: hand its header to FrameWalk as the reference.
+/// Nothing when the file has no frame by these rules. That the first frame is whole is not looked at.
+std::optional<AudioStart> LocateAudioStart(HeaderSource& source);
+
+/// Samples per channel by which the built-in decoder's output of a layer lags behind the audio; the sample
+/// reader leaves them out at the start.
+constexpr std::int32_t BuiltInDecoderDelay(std::int32_t layer) noexcept {
+    return layer == 3 ? 1100 : 0;
+}
+
+} // namespace trnmpa

@@ -1,0 +1,165 @@
+#include "reader/sample_reader.h"
+
+#include "os/paths.h"
+#include "plugin/module_log.h"
+#include "plugin/module_settings.h"
+#include "reader/result_codes.h"
+
+#include <algorithm>
+#include <new>
+
+namespace trnmpa {
+
+namespace {
+
+constexpr std::size_t kPcmBufferBytes = 15360;
+constexpr std::uint32_t kIndexBlockKiB = 512;
+constexpr std::uint32_t kStorageIndexBlockKiB = 64;
+constexpr std::int32_t kExternalDecoder = 1;
+
+/// The settings are read before the selector is kept.
+std::int32_t ReadDecoderUse() {
+    ReadModuleSettings();
+    return Mp3DecoderUse();
+}
+
+std::uint32_t MediaBlockKiB() {
+    return static_cast<std::uint32_t>(std::max(ReadMp3BufSize(), 0));
+}
+
+}  // namespace
+
+KwMpAudioReader2::KwMpAudioReader2() : decoderUse_(ReadDecoderUse()) {
+    JoinLog();
+}
+
+KwMpAudioReader2::~KwMpAudioReader2() {
+    Close();
+    LeaveLog();
+}
+
+std::int32_t KwMpAudioReader2::Close() {
+    decoder_.reset();
+    mediaSource_.reset();
+    indexSource_.reset();
+    pcmBufferA_.Release();
+    pcmBufferB_.reset();
+    outputBuffer_.Release();
+    stream_ = Stream();
+    return kSuccess;
+}
+
+std::int32_t KwMpAudioReader2::Initialize() {
+    Close();
+    try {
+        return CreateDecoder();
+    } catch (...) {
+        return kUnexpectedException;
+    }
+}
+
+std::int32_t KwMpAudioReader2::CreateDecoder() {
+    // The external decoder is not part of this module yet.
+    if (decoderUse_ == kExternalDecoder)
+        return kNoDecoder;
+    decoder_.reset(AMPDecoderCreate());
+    if (decoder_ == nullptr)
+        return kNoDecoder;
+    mediaSource_.reset(new (std::nothrow) CMpAudioFrameBufferReader);
+    if (mediaSource_ == nullptr)
+        return kNoFrameBufferReader;
+    try {
+        pcmBufferA_.Require(kPcmBufferBytes);
+        pcmBufferB_ = std::make_unique<std::int16_t[]>(kPcmBufferBytes / sizeof(std::int16_t));
+    } catch (const std::bad_alloc&) {
+        return kNoPcmBuffer;
+    }
+    // Another selector leaves the decoder unwired; the open then fails.
+    if (UsesBuiltInDecoder()) {
+        decoder_->SetBitsource(mediaSource_.get());
+        decoder_->SetOutputBuffer(pcmBufferB_.get());
+        decoder_->Reset();
+    }
+    return kSuccess;
+}
+
+std::int32_t KwMpAudioReader2::SetInputFile(const std::wstring& path) {
+    try {
+        // A second file starts from a new decoder: the old one is locked to the first file's format.
+        if (!stream_.path.empty()) {
+            const std::int32_t result = Initialize();
+            if (result != kSuccess)
+                return result;
+        }
+        if (mediaSource_ == nullptr)
+            return kNoDecoder;
+        stream_.path = path;
+        mediaSource_->UseEasyFile(0, MediaBlockKiB());
+        const std::wstring indexPath = IndexPathFor(path);
+        if (IsStoragePath(path))
+            return OpenIndexFile(indexPath, true);
+        if (TRCT_FileExists(os::ToAutomationString(indexPath)) == 0)
+            return kSuccess;
+        // TRN_EasyFile does not report a failed open.
+        return os::IsReadable(indexPath) ? OpenIndexFile(indexPath, false) : 0;
+    } catch (...) {
+        return kUnexpectedException;
+    }
+}
+
+std::int32_t KwMpAudioReader2::OpenIndexFile(const std::wstring& indexPath, bool isStoragePath) {
+    stream_.hasIndex = true;
+    indexSource_ = std::make_unique<CMpAudioFrameBufferReader>();
+    indexSource_->UseEasyFile(0, isStoragePath ? kStorageIndexBlockKiB : kIndexBlockKiB);
+    const std::int32_t opened = indexSource_->Open(indexPath);
+    if (!isStoragePath)
+        return opened;
+    if (opened == 0) {
+        indexSource_.reset();
+        stream_.hasIndex = false;
+    }
+    return kSuccess;
+}
+
+std::int32_t KwMpAudioReader2::GetStreamInfo(KW_MEDIA_BASE_INFO_ST* record) {
+    try {
+        if (stream_.needsOpen) {
+            const std::int32_t result = CompleteOpen();
+            if (result != kSuccess)
+                return result;
+        }
+        if (record == nullptr)
+            return kOpenFailed;
+        *record = stream_.mediaInfo;
+        return kSuccess;
+    } catch (...) {
+        return kUnexpectedException;
+    }
+}
+
+std::int32_t KwMpAudioReader2::CompleteOpen() {
+    if (decoder_ == nullptr)
+        return kNoDecoder;
+    if (!UsesBuiltInDecoder() || mediaSource_->Open(stream_.path) == 0)
+        return kMediaNotOpened;
+    std::int32_t result = kSuccess;
+    if (stream_.hasIndex) {
+        result = OpenWithIndex();
+    } else {
+        try {
+            result = OpenWithoutIndex();
+        } catch (...) {
+            return kOpenFailed;
+        }
+    }
+    if (result != kSuccess)
+        return result;
+    stream_.mediaInfo.audioFormat = stream_.format;
+    stream_.currentFrame = 0;
+    stream_.heldFrame.reset();
+    stream_.nextFrame = 0;
+    stream_.needsOpen = false;
+    return kSuccess;
+}
+
+}  // namespace trnmpa

@@ -1,0 +1,123 @@
+/// The sample reader engine.
+#pragma once
+
+#include "decoder/decoder_interface.h"
+#include "fileio/frame_buffer_reader.h"
+#include "index/index_format.h"
+#include "mpa/frame_header.h"
+#include "os/wave_format.h"
+#include "reader/byte_buffer.h"
+#include "reader/preroll.h"
+#include "trnmediadet/media_info.h"
+#include "trnmpafileread/audio_reader_data_in.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace trnmpa {
+
+/// Delivers exact runs of 16-bit PCM from any sample position of one MPEG audio file.
+///
+///     KwMpAudioReader2 reader;
+///     if (reader.Initialize() == 1 && reader.SetInputFile(path) == 1 && reader.GetStreamInfo(&info) == 1)
+///         result = reader.GetSamples(request, data, size, nullptr);
+///
+/// Results are 1 or a code of reader/result_codes.h. Nothing is thrown after construction. One engine serves one
+/// caller at a time; engines are independent of each other.
+class KwMpAudioReader2 {
+public:
+    /// Joins the log and reads the settings file; the decoder selector found there holds for the engine's life.
+    KwMpAudioReader2();
+    virtual ~KwMpAudioReader2();
+    KwMpAudioReader2(const KwMpAudioReader2&) = delete;
+    KwMpAudioReader2& operator=(const KwMpAudioReader2&) = delete;
+
+    /// Closes, then creates the decoder and the PCM buffers.
+    std::int32_t Initialize();
+
+    /// Takes the file to open and finds the index beside it. 0 when there is an index that cannot be opened.
+    std::int32_t SetInputFile(const std::wstring& path);
+
+    /// The first call completes the open; every call copies the description, whose audio format is that of the
+    /// PCM, to `record`.
+    std::int32_t GetStreamInfo(KW_MEDIA_BASE_INFO_ST* record);
+
+    /// Reads request.sampleCount samples per channel from request.startSample. `data` receives the PCM, owned by
+    /// the engine and valid until its next call, `size` its bytes. A request that touches the end of the stream is
+    /// answered with silence of its full length. `extra` is not used.
+    std::int32_t GetSamples(const AudioReaderDataIn& request, unsigned char*& data, std::int32_t& size,
+                            unsigned long* extra);
+
+    /// Back to the constructed state; 1.
+    std::int32_t Close();
+
+private:
+    /// What one open file needs; Close starts it afresh.
+    struct Stream {
+        std::wstring path;
+        WAVEFORMATEX format = {};
+        AMPFrameInfo frameInfo;
+        std::int64_t dataStart = 0;  ///< byte offset of frame 0 in a file without index
+        std::int32_t cbrMode = 0;
+        bool needsOpen = true;
+        KW_MEDIA_BASE_INFO_ST mediaInfo;
+        bool hasIndex = false;
+        std::uint32_t frameCount = 0;           ///< as the index header claims
+        std::vector<MpaIndexEntry> frameTable;  ///< as the index really holds
+        std::int64_t skipSamples = 0;           ///< decoder delay, left out before sample 0
+        Preroll preroll;
+        bool muted = false;  ///< nothing sets it
+
+        std::int64_t currentFrame = 0;
+        std::int64_t targetFrame = 0;
+        /// The frame whose PCM pcmBufferB holds, and the frame that source and decoder stand before; nothing
+        /// after the end of the stream, a fault or an exception.
+        std::optional<std::int64_t> heldFrame;
+        std::optional<std::int64_t> nextFrame;
+    };
+
+    bool UsesBuiltInDecoder() const { return decoderUse_ == 0; }
+
+    std::int32_t CreateDecoder();
+    std::int32_t OpenIndexFile(const std::wstring& indexPath, bool isStoragePath);
+    std::int32_t CompleteOpen();
+
+    // Open with an index.
+    std::int32_t OpenWithIndex();
+    void DescribeFromIndex(const MpaIndexHeader& header);
+    void CheckAgainstFirstEntry();
+
+    // Open without an index.
+    std::int32_t OpenWithoutIndex();
+    bool ReadFirstFrame();
+    void DescribeFromFirstFrame();
+    void DetectConstantBitRate();
+    void SkipInfoFrame();
+
+    // Delivery.
+    std::int32_t Deliver(const AudioReaderDataIn& request, std::size_t bytes, unsigned char*& data);
+    std::int32_t Silence(std::size_t bytes, unsigned char*& data);
+    bool HasFrames() const;
+    bool CanContinue(std::int64_t frame, std::int64_t offset) const;
+    bool Reposition(std::int64_t frame);
+    bool ReadSequentially(std::int64_t offset, std::uint8_t* pcm, std::size_t bytes);
+    std::int64_t FindPrerollStart(std::int64_t frame);
+    std::optional<std::int64_t> FrameOffset(std::int64_t frame) const;
+    void ReadAgreeingHeader();
+    bool DecodeNextFrame();
+    void ForgetPosition();
+
+    const std::int32_t decoderUse_;  ///< the decoder selector as construction found it
+    std::unique_ptr<IAMPDecoder> decoder_;
+    std::unique_ptr<CMpAudioFrameBufferReader> mediaSource_;
+    std::unique_ptr<CMpAudioFrameBufferReader> indexSource_;
+    ByteBuffer pcmBufferA_;  ///< the request as decoded
+    std::unique_ptr<std::int16_t[]> pcmBufferB_;  ///< the last decoded frame
+    ByteBuffer outputBuffer_;  ///< what callers get where it is not pcmBufferA
+    Stream stream_;
+};
+
+}  // namespace trnmpa

@@ -1,0 +1,65 @@
+#include "support/subprocess.h"
+
+#include "os/paths.h"
+
+#include <array>
+#include <stdexcept>
+
+namespace test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kErrorFile = "stderr.txt";
+
+std::string TextOf(const fs::path& file) {
+    std::string text;
+    for (const std::uint8_t byte : ReadFile(file)) {
+        if (byte != '\r')
+            text += static_cast<char>(byte);
+    }
+    return text;
+}
+
+} // namespace
+
+RunningProcess::RunningProcess(const fs::path& program, const std::vector<std::string>& arguments,
+                               const fs::path& workingFolder) {
+    os::ChildProcessSetup setup;
+    setup.program = Wide(program);
+    for (const std::string& argument : arguments)
+        setup.arguments.push_back(os::WidenUtf8(argument));
+    setup.workingFolder = Wide(workingFolder);
+    setup.errorFile = Wide(folder_.Path() / kErrorFile);
+    if (!process_.Start(setup))
+        throw std::runtime_error("cannot run " + program.string());
+}
+
+std::string RunningProcess::ReadOutput(std::size_t bytes) {
+    std::string output;
+    std::array<std::uint8_t, 65536> part;
+    while (output.size() < bytes) {
+        const std::size_t read =
+            process_.ReadOutput(std::span(part).first(std::min(part.size(), bytes - output.size())));
+        if (read == 0)
+            break;
+        output.append(reinterpret_cast<const char*>(part.data()), read);
+    }
+    return output;
+}
+
+ProcessResult RunningProcess::Finish() {
+    ProcessResult result;
+    result.output = ReadOutput(std::string::npos);
+    result.exitStatus = process_.Wait();
+    result.error = TextOf(folder_.Path() / kErrorFile);
+    return result;
+}
+
+ProcessResult RunProcess(const fs::path& program, const std::vector<std::string>& arguments,
+                         const fs::path& workingFolder) {
+    return RunningProcess(program, arguments, workingFolder).Finish();
+}
+
+} // namespace test

@@ -1,0 +1,36 @@
+/// All that is known about one file, and its two written forms.
+#pragma once
+
+#include "mpatool/module_host.h"
+#include "mpatool/stream_scan.h"
+#include "trnmediadet/media_info.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace mpatool {
+
+/// What the three sources say.
+struct FileReport {
+    std::wstring file;
+    std::int32_t classByName = 0;         ///< 0: the module does not handle such names
+    std::int32_t probeResult = 0;         ///< of OpenFile: 0 unusable, 1 described, 2 variable bit rate
+    std::optional<TRN_MEDIA_INFO2> probe; ///< only with result 1
+    bool sampleReaderOpened = false;
+    std::optional<WAVEFORMATEX> pcm;
+    StreamScan scan;
+};
+
+/// Asks the module and walks over the file. Throws ToolError when the file cannot be read or holds no frames.
+FileReport MakeReport(ModuleHost& host, const std::wstring& file);
+
+/// For people: several lines, the last one ended.
+std::string ReadableReport(const FileReport& report);
+
+/// For programs: an object.
+nlohmann::ordered_json JsonReport(const FileReport& report);
+
+} // namespace mpatool

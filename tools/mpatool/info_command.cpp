@@ -1,0 +1,69 @@
+#include "mpatool/info_command.h"
+
+#include "mpatool/file_report.h"
+#include "mpatool/text_output.h"
+#include "mpatool/tool_error.h"
+#include "os/console.h"
+#include "os/paths.h"
+
+#include <nlohmann/json.hpp>
+
+namespace mpatool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Calls `show` with the report of each file, `fail` with the reason where there is none.
+template <typename Show, typename Fail>
+int ForEachFile(const InfoOptions& options, Show show, Fail fail) {
+    ModuleHost host(options.module);
+    int status = kExitSuccess;
+    for (const std::wstring& file : options.files) {
+        if (os::InterruptRequested())
+            throw Interrupted();
+        std::optional<FileReport> report;
+        try {
+            report = MakeReport(host, file);
+        } catch (const ToolError& error) {
+            status = kExitFailure;
+            PrintError(error.what());
+            fail(file, error);
+            continue;
+        }
+        show(*report);
+    }
+    return status;
+}
+
+int RunReadable(const InfoOptions& options) {
+    const char* gap = "";
+    return ForEachFile(
+        options,
+        [&](const FileReport& report) {
+            Print(gap + ReadableReport(report));
+            gap = "\n";
+        },
+        [](const std::wstring&, const ToolError&) {});
+}
+
+int RunJson(const InfoOptions& options) {
+    constexpr int kIndent = 2;
+    Json files = Json::array();
+    const int status = ForEachFile(
+        options, [&](const FileReport& report) { files.push_back(JsonReport(report)); },
+        [&](const std::wstring& file, const ToolError& error) {
+            files.push_back({{"file", os::NarrowToUtf8(file)}, {"error", error.what()}});
+        });
+    // File names need not be valid UTF-8.
+    Print(files.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n");
+    return status;
+}
+
+} // namespace
+
+int RunInfo(const InfoOptions& options) {
+    return options.json ? RunJson(options) : RunReadable(options);
+}
+
+} // namespace mpatool

@@ -1,0 +1,53 @@
+#include "mpatool/command_line.h"
+#include "mpatool/decode_command.h"
+#include "mpatool/info_command.h"
+#include "mpatool/text_output.h"
+#include "mpatool/tool_error.h"
+#include "os/console.h"
+
+#include <new>
+#include <variant>
+
+namespace mpatool {
+
+namespace {
+
+struct CommandRunner {
+    int operator()(const ShowText& text) const {
+        Print(text.text);
+        return kExitSuccess;
+    }
+    int operator()(const InfoOptions& options) const { return RunInfo(options); }
+    int operator()(const DecodeOptions& options) const {
+        RunDecode(options);
+        return kExitSuccess;
+    }
+};
+
+int Run(int argumentCount, char** argumentValues) {
+    try {
+        return std::visit(CommandRunner(),
+                          ParseCommandLine(os::CommandLineArguments(argumentCount, argumentValues)));
+    } catch (const UsageError& error) {
+        PrintError(std::string(error.what()) + "\nmpatool: --help tells more");
+        return kExitUsage;
+    } catch (const OutputClosed&) {
+        return kExitFailure;
+    } catch (const Interrupted&) {
+        os::EndByInterrupt();
+    } catch (const std::bad_alloc&) {
+        PrintError("out of memory");
+    } catch (const std::exception& error) {
+        PrintError(error.what());
+    }
+    return kExitFailure;
+}
+
+} // namespace
+
+} // namespace mpatool
+
+int main(int argumentCount, char** argumentValues) {
+    os::TakeOverSignals();
+    return mpatool::Run(argumentCount, argumentValues);
+}

@@ -1,0 +1,29 @@
+/// WAV headers.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace mpatool {
+
+/// Interleaved PCM of 16-bit little-endian samples.
+struct PcmFormat {
+    std::uint32_t sampleRate = 0; ///< Hz
+    std::uint16_t channels = 0;
+
+    static constexpr std::uint16_t kBitsPerSample = 16;
+    std::uint16_t BytesPerSample() const {
+        return static_cast<std::uint16_t>(channels * (kBitsPerSample / 8));
+    }
+
+    bool operator==(const PcmFormat&) const = default;
+};
+
+/// The header that stands before `dataBytes` bytes of PCM. Since the amount is known beforehand, the header
+/// is true from the start, also in a pipe: 44 bytes of RIFF while all sizes fit its 32 bits, else the 80
+/// bytes of RF64 (EBU Tech 3306), which has 64-bit sizes.
+std::vector<std::uint8_t> WaveHeader(const PcmFormat& format, std::uint64_t dataBytes);
+
+} // namespace mpatool
