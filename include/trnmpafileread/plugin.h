@@ -11,18 +11,19 @@
 ///         reader->OpenFile(path, TRN_OPEN_SAMPLE_READER) == 1) {
 ///         unsigned char* pcm = nullptr;
 ///         std::int32_t bytes = 0;
-///         for (std::int64_t start = 0; reader->ReadSamples(0, start, 44100, &pcm, &bytes) == 1; start += 44100)
+///         for (std::int64_t start = 0; reader->ReadSamples(0, start, 44100, &pcm, &bytes) == 1; start +=
+///         44100)
 ///             consume(pcm, bytes);
 ///     }
 ///     delete reader;
 ///     delete module;
 ///
 /// Results are 32-bit integers, 1 for success and 0 for failure unless stated. Nothing is thrown across this
-/// boundary. The order of the virtual operations is binding. Paths are wide strings passed by value (UTF-16 on
-/// Windows, one code point per unit elsewhere), so host and module must come from compatible compilers.
+/// boundary. The order of the virtual operations is binding. Paths are wide strings passed by value (UTF-16
+/// on Windows, one code point per unit elsewhere), so host and module must come from compatible compilers.
 ///
-/// Threads: the objects take no locks. Different readers may be used on different threads at the same time; one
-/// reader serves one caller at a time.
+/// Threads: the objects take no locks. Different readers may be used on different threads at the same time;
+/// one reader serves one caller at a time.
 #pragma once
 
 #include "os/windows_macros.h"
@@ -55,36 +56,36 @@ inline constexpr std::int32_t TRN_INDEX_PROGRESS_RECORD = 1;
 
 /// Identity of the module, 132 bytes.
 struct PLUGIN_READER_MODULE_INFO {
-    char versionTag[4];                  ///< "1000", not terminated
-    char name[32];                       ///< "MPA Plugin Reader Module", padded with zeros
-    std::uint32_t classIdentifierCount;  ///< entries used in `classIdentifiers`: 3
-    std::int32_t classIdentifiers[16];   ///< 2321, 2322, 2323, then zeros
-    std::uint32_t moduleKind;            ///< 1
-    unsigned char reserved[24];          ///< zeros
+    char versionTag[4];                 ///< "1000", not terminated
+    char name[32];                      ///< "MPA Plugin Reader Module", padded with zeros
+    std::uint32_t classIdentifierCount; ///< entries used in `classIdentifiers`: 3
+    std::int32_t classIdentifiers[16];  ///< 2321, 2322, 2323, then zeros
+    std::uint32_t moduleKind;           ///< 1
+    unsigned char reserved[24];         ///< zeros
 };
 static_assert(sizeof(PLUGIN_READER_MODULE_INFO) == 132);
 
 /// Identity of a reader, 64 bytes.
 struct PLUGIN_READER_CLASS_INFO {
-    char name[32];                 ///< "MPA  Plugin File Reader" (two blanks), padded with zeros
-    std::int32_t classIdentifier;  ///< 2322 for every reader: one class serves all layers
-    std::uint32_t readerKind;      ///< 6
-    unsigned char reserved[24];    ///< zeros
+    char name[32];                ///< "MPA  Plugin File Reader" (two blanks), padded with zeros
+    std::int32_t classIdentifier; ///< 2322 for every reader: one class serves all layers
+    std::uint32_t readerKind;     ///< 6
+    unsigned char reserved[24];   ///< zeros
 };
 static_assert(sizeof(PLUGIN_READER_CLASS_INFO) == 64);
 
 /// Progress of the index builder, 40 bytes.
 struct PLUGIN_INDEX_PROGRESS {
-    std::uint32_t percent;        ///< 0 to 100
-    std::uint32_t framesIndexed;  ///< index entries written so far
-    std::int64_t reserved[3];     ///< zeros
-    std::uint32_t state;          ///< 0 running or not started, 1 finished, 2 failed, 3 cancelled
+    std::uint32_t percent;       ///< 0 to 100
+    std::uint32_t framesIndexed; ///< index entries written so far
+    std::int64_t reserved[3];    ///< zeros
+    std::uint32_t state;         ///< 0 running or not started, 1 finished, 2 failed, 3 cancelled
     std::uint32_t padding;
 };
 static_assert(sizeof(PLUGIN_INDEX_PROGRESS) == 40);
 
-/// One media file, opened in up to three ways at once. Created by PLUGIN_FILE_READER_MODULE::CreateReaderClass;
-/// the host owns it and destroys it with `delete`.
+/// One media file, opened in up to three ways at once. Created by
+/// PLUGIN_FILE_READER_MODULE::CreateReaderClass; the host owns it and destroys it with `delete`.
 class PLUGIN_FILE_READER_CLASS {
 public:
     virtual ~PLUGIN_FILE_READER_CLASS() = default;
@@ -92,10 +93,10 @@ public:
     /// Copies the identity record to `record`. 0 for a null pointer.
     virtual std::int32_t GetClassInfo(PLUGIN_READER_CLASS_INFO* record) = 0;
 
-    /// Opens `path` in the ways that `flags` (TRN_OPEN_*) name, in the order probe, sample reader, index builder;
-    /// each replaces an earlier one of its kind, the others keep their file. 1 when all succeeded, also for flags
-    /// 0; TRN_OPEN_VARIABLE_BIT_RATE when the probe says so (later phases are then not run); 0 at the first
-    /// failure.
+    /// Opens `path` in the ways that `flags` (TRN_OPEN_*) name, in the order probe, sample reader, index
+    /// builder; each replaces an earlier one of its kind, the others keep their file. 1 when all succeeded,
+    /// also for flags 0; TRN_OPEN_VARIABLE_BIT_RATE when the probe says so (later phases are then not run); 0
+    /// at the first failure.
     ///
     /// The index builder is not part of this version: its flag gives 0.
     virtual std::int32_t OpenFile(std::wstring path, std::uint32_t flags) = 0;
@@ -110,21 +111,21 @@ public:
     /// Stops a running CreateFileIndex and waits for its end. 0 without an index builder.
     virtual std::int32_t CancelIndexing() = 0;
 
-    /// Describes the file. With TRN_FILE_INFO_PROBE, `record` points to a TRN_MEDIA_INFO2 that is filled from the
-    /// probe; with TRN_FILE_INFO_SAMPLE_READER, to a KW_MEDIA_BASE_INFO_ST whose audio format is that of the PCM
-    /// that ReadSamples delivers. 1 on success; 0 for another kind, a null record or a missing engine. (Both
-    /// records are the media-detection library's.)
+    /// Describes the file. With TRN_FILE_INFO_PROBE, `record` points to a TRN_MEDIA_INFO2 that is filled from
+    /// the probe; with TRN_FILE_INFO_SAMPLE_READER, to a KW_MEDIA_BASE_INFO_ST whose audio format is that of
+    /// the PCM that ReadSamples delivers. 1 on success; 0 for another kind, a null record or a missing
+    /// engine. (Both records are the media-detection library's.)
     virtual std::int32_t GetFileInfo(std::int32_t kind, void* record) = 0;
 
     /// Does nothing; gives 0.
     virtual std::int32_t ClassReserved1() = 0;
 
-    /// Reads `count` samples per channel from sample `start` (both per channel, from the start of the stream) as
-    /// signed 16-bit interleaved PCM. `stream` is ignored. On success (1) `*data` points to the PCM and `*size`
-    /// holds its length in bytes (count x channels x 2); the buffer belongs to the reader and stays valid until
-    /// its next ReadSamples, OpenFile or destruction. A request that touches the end of the stream is answered
-    /// with silence of the full length. 0 without a sample reader, for a negative start, a zero count, a request
-    /// of 2 GiB or more, or a decoder failure.
+    /// Reads `count` samples per channel from sample `start` (both per channel, from the start of the stream)
+    /// as signed 16-bit interleaved PCM. `stream` is ignored. On success (1) `*data` points to the PCM and
+    /// `*size` holds its length in bytes (count x channels x 2); the buffer belongs to the reader and stays
+    /// valid until its next ReadSamples, OpenFile or destruction. A request that touches the end of the
+    /// stream is answered with silence of the full length. 0 without a sample reader, for a negative start, a
+    /// zero count, a request of 2 GiB or more, or a decoder failure.
     virtual std::int32_t ReadSamples(std::uint32_t stream, std::int64_t start, std::uint32_t count,
                                      unsigned char** data, std::int32_t* size) = 0;
 
@@ -140,21 +141,22 @@ public:
     /// Copies the identity record to `record`. 0 for a null pointer.
     virtual std::int32_t GetModuleInfo(PLUGIN_READER_MODULE_INFO* record) = 0;
 
-    /// Stores the class identifier for the file name's extension in `*identifier` and gives 1: MP1 (2321), MP2,
-    /// M2A, S48 (2322) or MP3 (2323), in any case. Otherwise stores 0 and gives 0. The file is not opened.
+    /// Stores the class identifier for the file name's extension in `*identifier` and gives 1: MP1 (2321),
+    /// MP2, M2A, S48 (2322) or MP3 (2323), in any case. Otherwise stores 0 and gives 0. The file is not
+    /// opened.
     virtual std::int32_t GetClassIdForFile(std::wstring path, std::int32_t* identifier) = 0;
 
     /// Does nothing; gives 0.
     virtual std::int32_t ModuleReserved1() = 0;
 
-    /// Creates a reader for one of the three class identifiers and gives 1; the host owns it. When memory runs
-    /// out, gives 1 and stores null. 0 for a null pointer or another identifier.
+    /// Creates a reader for one of the three class identifiers and gives 1; the host owns it. When memory
+    /// runs out, gives 1 and stores null. 0 for a null pointer or another identifier.
     virtual std::int32_t CreateReaderClass(std::int32_t identifier, PLUGIN_FILE_READER_CLASS** reader) = 0;
 
     /// Does nothing; gives 1.
     virtual std::int32_t ModuleReserved2() = 0;
 };
 
-/// Type of the module's entry, exported under its plain name "GetPluginReadModule". Gives a new module object, or
-/// null when memory runs out.
+/// Type of the module's entry, exported under its plain name "GetPluginReadModule". Gives a new module
+/// object, or null when memory runs out.
 using GetPluginReadModuleFunction = PLUGIN_FILE_READER_MODULE* (*)();

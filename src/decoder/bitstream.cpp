@@ -67,7 +67,8 @@ void AMPBitstream::EmptyAccumulator() {
 
 void AMPBitstream::Refill() {
     while (bitShift_ >= 0 && bytesLeft_ > 0) {
-        accumulator_ |= static_cast<std::uint32_t>(buffer_[static_cast<std::size_t>(readIndex_)]) << bitShift_;
+        accumulator_ |= static_cast<std::uint32_t>(buffer_[static_cast<std::size_t>(readIndex_)])
+                        << bitShift_;
         readIndex_ = (readIndex_ + 1) & kReservoirMask;
         bitShift_ -= 8;
         --bytesLeft_;
@@ -109,4 +110,4 @@ void AMPBitstream::SeekToBitsRemaining(int target) {
         Skip(8 - target % 8);
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -8,8 +8,8 @@
 
 namespace trnmpa {
 
-/// Holds the body of one layer I or II frame, read linearly, or the bit reservoir of layer III, a ring of main
-/// data. Bits that are asked for when no bytes are left read as zeros.
+/// Holds the body of one layer I or II frame, read linearly, or the bit reservoir of layer III, a ring of
+/// main data. Bits that are asked for when no bytes are left read as zeros.
 class AMPBitstream {
 public:
     /// Bytes of the reservoir ring; a power of two.
@@ -60,12 +60,12 @@ private:
 
     IAMPBitsource* source_ = nullptr;
     std::array<std::uint8_t, kLinearBytes> buffer_ = {};
-    std::int32_t bitShift_ = kAccumulatorEmpty;  ///< where the next byte enters: 24 less the bits held
-    std::int32_t bytesLeft_ = 0;                 ///< bytes not yet in the accumulator
+    std::int32_t bitShift_ = kAccumulatorEmpty; ///< where the next byte enters: 24 less the bits held
+    std::int32_t bytesLeft_ = 0;                ///< bytes not yet in the accumulator
     std::int32_t readIndex_ = 0;
     std::int32_t writeIndex_ = 0;
-    std::int32_t linearBit_ = 0;     ///< next bit of a linear body
-    std::uint32_t accumulator_ = 0;  ///< the next bit to read is bit 31
+    std::int32_t linearBit_ = 0;    ///< next bit of a linear body
+    std::uint32_t accumulator_ = 0; ///< the next bit to read is bit 31
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

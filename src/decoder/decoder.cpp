@@ -16,7 +16,7 @@ namespace {
 constexpr int kHeaderBytes = 4;
 constexpr int kCrcBytes = 2;
 
-}  // namespace
+} // namespace
 
 const char* AMPDecoder::GetIdentification() {
     return "Velodec 1.4, based on Tarnlow 1.1.0 source";
@@ -136,7 +136,7 @@ int AMPDecoder::DecodeBody(int bodyBytes) {
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa
 
 IAMPDecoder* AMPDecoderCreate() {
     return new (std::nothrow) trnmpa::AMPDecoder;

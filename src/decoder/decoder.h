@@ -10,7 +10,8 @@
 
 namespace trnmpa {
 
-/// Layers II and III, MPEG-1, MPEG-2 and MPEG 2.5, to signed 16-bit PCM. Layer III comes out at half of full scale.
+/// Layers II and III, MPEG-1, MPEG-2 and MPEG 2.5, to signed 16-bit PCM. Layer III comes out at half of full
+/// scale.
 class AMPDecoder final : public IAMPDecoder, private AMPBitstream {
 public:
     const char* GetIdentification() override;
@@ -34,12 +35,12 @@ private:
     short* output_ = nullptr;
     unsigned int outputSize_ = 0;
     DecoderHeader header_;
-    int bodyBytes_ = 0;  ///< of the current frame, not yet read
+    int bodyBytes_ = 0; ///< of the current frame, not yet read
     bool synced_ = true;
-    bool headerLocked_ = false;  ///< set by the first accepted header for the life of the object
+    bool headerLocked_ = false; ///< set by the first accepted header for the life of the object
     SideInfo sideInfo_;
     SynthesisBank synthesis_;
     Layer3Decoder layer3_;
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

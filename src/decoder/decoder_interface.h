@@ -6,8 +6,8 @@
 /// Where the decoder's bytes come from. The decoder never deletes its source.
 class IAMPBitsource {
 public:
-    /// Copies up to `count` bytes of the stream, in stream order, to `buffer` and gives how many were copied, never
-    /// more than asked. Any shortfall means that the stream has ended.
+    /// Copies up to `count` bytes of the stream, in stream order, to `buffer` and gives how many were copied,
+    /// never more than asked. Any shortfall means that the stream has ended.
     virtual unsigned int Read(void* buffer, int count) = 0;
 
 protected:
@@ -16,15 +16,15 @@ protected:
 
 /// Description of the frame whose header was read last.
 struct AMPFrameInfo {
-    std::uint8_t synced = 0;         ///< 1 when the last ReadFrameHeader found a valid header
-    std::uint8_t layer = 0;          ///< 1, 2 or 3
-    std::uint8_t version = 0;        ///< 1 for MPEG-1, 2 for MPEG-2 and MPEG 2.5
-    std::int32_t frameBytes = 0;     ///< whole frame, header included
-    std::int32_t bitRate = 0;        ///< bit/s
-    std::int32_t sampleRate = 0;     ///< Hz
-    std::uint8_t stereo = 0;         ///< 0 for single channel
-    std::int32_t bitsPerSample = 0;  ///< always 16 from the decoder
-    std::int32_t pcmBytes = 0;       ///< bytes of PCM that DecodeFrame writes for this frame
+    std::uint8_t synced = 0;        ///< 1 when the last ReadFrameHeader found a valid header
+    std::uint8_t layer = 0;         ///< 1, 2 or 3
+    std::uint8_t version = 0;       ///< 1 for MPEG-1, 2 for MPEG-2 and MPEG 2.5
+    std::int32_t frameBytes = 0;    ///< whole frame, header included
+    std::int32_t bitRate = 0;       ///< bit/s
+    std::int32_t sampleRate = 0;    ///< Hz
+    std::uint8_t stereo = 0;        ///< 0 for single channel
+    std::int32_t bitsPerSample = 0; ///< always 16 from the decoder
+    std::int32_t pcmBytes = 0;      ///< bytes of PCM that DecodeFrame writes for this frame
 };
 
 /// Codes that the decoder throws, as plain `int`.
@@ -44,9 +44,9 @@ inline constexpr int kMaximumFramePcmValues = 2304;
 
 /// Decodes layer II and III frames to 16-bit interleaved PCM. The order of the operations is binding.
 ///
-/// For each frame: ReadFrameHeader, GetFrameInfo, then DecodeFrame or SkipFrame. Failures leave as a thrown `int`
-/// (AMP_ERR_END_OF_STREAM or AMP_ERR_READ); to go on after one, reposition the source and call Reset. One decoder
-/// is used by one thread at a time; different decoders are independent.
+/// For each frame: ReadFrameHeader, GetFrameInfo, then DecodeFrame or SkipFrame. Failures leave as a thrown
+/// `int` (AMP_ERR_END_OF_STREAM or AMP_ERR_READ); to go on after one, reposition the source and call Reset.
+/// One decoder is used by one thread at a time; different decoders are independent.
 class IAMPDecoder {
 public:
     virtual ~IAMPDecoder() = default;
@@ -59,7 +59,8 @@ public:
     /// Where DecodeFrame writes; room for kMaximumFramePcmValues.
     virtual void SetOutputBuffer(short* pcm) = 0;
 
-    /// After GetFrameInfo the frame's PCM size in bytes, after DecodeFrame the number of 16-bit values written.
+    /// After GetFrameInfo the frame's PCM size in bytes, after DecodeFrame the number of 16-bit values
+    /// written.
     virtual unsigned int GetOutputSize() = 0;
 
     /// Describes the frame whose header was read; gives `pcmBytes`.
@@ -69,8 +70,8 @@ public:
     virtual const char* GetErrorText(int code) = 0;
     virtual void Close() = 0;
 
-    /// Finds and reads the next header, the CRC word and the side information. At the end of the data the search
-    /// leaves `synced` 0.
+    /// Finds and reads the next header, the CRC word and the side information. At the end of the data the
+    /// search leaves `synced` 0.
     virtual void ReadFrameHeader() = 0;
 
     /// Passes the body of the frame; layer III main data still enters the reservoir.

@@ -27,4 +27,4 @@ const char* ErrorText(int code) {
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -22,7 +22,7 @@ std::int32_t FrameBytes(const DecoderHeader& header) {
     return bytes + header.padding;
 }
 
-}  // namespace
+} // namespace
 
 int DecoderHeader::SideInfoBytes() const {
     if (lowSamplingFrequency != 0)
@@ -89,4 +89,4 @@ int BytesToNextCandidate(const HeaderBytes& bytes) {
     return bytes[3] == 0xFF ? 3 : 4;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

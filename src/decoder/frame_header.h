@@ -10,17 +10,17 @@ using HeaderBytes = std::array<std::uint8_t, 4>;
 
 /// The fields of an accepted header. A frame is `frameBytes` long, header included.
 struct DecoderHeader {
-    std::int32_t lowSamplingFrequency = 0;  ///< 1 for MPEG-2 and MPEG 2.5
+    std::int32_t lowSamplingFrequency = 0; ///< 1 for MPEG-2 and MPEG 2.5
     std::int32_t mpeg25 = 0;
     std::int32_t layer = 0;
     std::uint8_t hasCrc = 0;
     std::int32_t bitRateIndex = 0;
     std::int32_t bitRateKbps = 0;
     std::int32_t sampleRateIndex = 0;
-    std::int32_t sampleRate = 0;  ///< Hz
+    std::int32_t sampleRate = 0; ///< Hz
     std::uint8_t padding = 0;
     std::uint8_t privateBit = 0;
-    std::int32_t mode = 0;  ///< 0 stereo, 1 joint stereo, 2 dual channel, 3 single channel
+    std::int32_t mode = 0; ///< 0 stereo, 1 joint stereo, 2 dual channel, 3 single channel
     std::int32_t modeExtension = 0;
     std::uint8_t copyright = 0;
     std::uint8_t original = 0;
@@ -37,14 +37,15 @@ struct DecoderHeader {
     int SamplesPerFrame() const;
 };
 
-/// True when the four bytes pass the header test. Layer I, free format and the reserved rates are refused; the
-/// version bits are not tested. `locked`, when not null, is the header whose version flag, layer and sample-rate
-/// index must be met.
+/// True when the four bytes pass the header test. Layer I, free format and the reserved rates are refused;
+/// the version bits are not tested. `locked`, when not null, is the header whose version flag, layer and
+/// sample-rate index must be met.
 bool IsAcceptedHeader(const HeaderBytes& bytes, const DecoderHeader* locked);
 
 DecoderHeader ParseHeader(const HeaderBytes& bytes);
 
-/// How many bytes to drop from the front of a refused candidate: up to the next place where a sync word can start.
+/// How many bytes to drop from the front of a refused candidate: up to the next place where a sync word can
+/// start.
 int BytesToNextCandidate(const HeaderBytes& bytes);
 
-}  // namespace trnmpa
+} // namespace trnmpa

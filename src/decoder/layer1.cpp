@@ -19,8 +19,8 @@ void ReadAllocation(AMPBitstream& bits, int channels, int bound, Layer1Allocatio
     for (int subband = 0; subband < kSubbands; ++subband) {
         for (int channel = 0; channel < channels; ++channel) {
             const bool shared = subband >= bound && channel == 1;
-            frame.allocation[subband][channel] = shared ? frame.allocation[subband][0]
-                                                        : static_cast<std::uint8_t>(bits.GetLinear(4));
+            frame.allocation[subband][channel] =
+                shared ? frame.allocation[subband][0] : static_cast<std::uint8_t>(bits.GetLinear(4));
         }
     }
 }
@@ -52,7 +52,7 @@ void ReadSlot(AMPBitstream& bits, int channels, int bound, const Layer1Allocatio
     }
 }
 
-}  // namespace
+} // namespace
 
 int DecodeLayer1(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes, SynthesisBank& synthesis,
                  std::int16_t* pcm) {
@@ -69,4 +69,4 @@ int DecodeLayer1(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     return kSlotsPerFrame * kSubbands * header.channels;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -18,8 +18,8 @@ constexpr int kNoTable = -1;
 /// What the body says before the samples.
 struct Layer2Frame {
     int channels = 0;
-    int bound = 0;         ///< subbands from here on share allocation and samples
-    int subbandLimit = 0;  ///< subbands from here on are empty
+    int bound = 0;        ///< subbands from here on share allocation and samples
+    int subbandLimit = 0; ///< subbands from here on are empty
     std::uint8_t quantisationClass[kSubbands][2] = {};
     double factor[kSubbands][2][kScaleFactorParts] = {};
 
@@ -130,7 +130,7 @@ void ReadGranule(AMPBitstream& bits, const Layer2Frame& frame, int part, Subband
     }
 }
 
-}  // namespace
+} // namespace
 
 int JointStereoBound(const DecoderHeader& header) {
     return header.IsJointStereo() ? 4 * header.modeExtension + 4 : kSubbands;
@@ -166,4 +166,4 @@ int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     return kGranules * kSlotsPerGranule * kSubbands * frame.channels;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

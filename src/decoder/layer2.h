@@ -15,9 +15,9 @@ int JointStereoBound(const DecoderHeader& header);
 void SynthesiseSlot(SynthesisBank& synthesis, int channels, SynthesisBank::Slot left,
                     SynthesisBank::Slot right, std::int16_t* pcm);
 
-/// Decodes the body of a layer II frame (ISO/IEC 11172-3, 2.4.1.6), `bodyBytes` long, to `pcm`; gives the number
-/// of values written. A combination of mode and bit rate that the standard forbids decodes to zeros.
+/// Decodes the body of a layer II frame (ISO/IEC 11172-3, 2.4.1.6), `bodyBytes` long, to `pcm`; gives the
+/// number of values written. A combination of mode and bit rate that the standard forbids decodes to zeros.
 int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes, SynthesisBank& synthesis,
                  std::int16_t* pcm);
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -31,4 +31,4 @@ void SynthesisBank::SynthesiseChannel(int channel, Slot subbands, bool invertFre
         pcm[n * stride] = RoundToPcm(samples[n]);
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -29,4 +29,4 @@ private:
     int phase_ = 0;
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -20,4 +20,4 @@ constexpr std::int32_t TruthOf(std::int32_t result) {
     return result > 0 ? 1 : 0;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

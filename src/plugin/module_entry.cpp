@@ -33,7 +33,7 @@ BOOL StartModule(HINSTANCE instance) {
     if (AfxInitExtensionModule(g_extensionModule, instance) == 0)
         return FALSE;
     os::SetModuleInstance(instance);
-    new CDynLinkLibrary(g_extensionModule);  // MFC owns it
+    new CDynLinkLibrary(g_extensionModule); // MFC owns it
     return TRUE;
 }
 
@@ -41,7 +41,7 @@ void EndModule() {
     AfxTermExtensionModule(g_extensionModule);
 }
 
-}  // namespace
+} // namespace
 
 #else
 
@@ -56,7 +56,7 @@ BOOL StartModule(HINSTANCE instance) {
 
 void EndModule() {}
 
-}  // namespace
+} // namespace
 
 #endif
 

@@ -36,7 +36,7 @@ std::wstring UpperCaseExtension(const std::wstring& path) {
     return extension;
 }
 
-}  // namespace
+} // namespace
 
 kwMpaPluginReaderModule::kwMpaPluginReaderModule() {
     constexpr std::string_view kVersionTag = "1000";
@@ -77,7 +77,8 @@ std::int32_t kwMpaPluginReaderModule::ModuleReserved1() {
 }
 
 bool kwMpaPluginReaderModule::Serves(std::int32_t identifier) const {
-    return std::ranges::count(std::span(info_.classIdentifiers).first(info_.classIdentifierCount), identifier) > 0;
+    return std::ranges::count(std::span(info_.classIdentifiers).first(info_.classIdentifierCount),
+                              identifier) > 0;
 }
 
 std::int32_t kwMpaPluginReaderModule::CreateReaderClass(std::int32_t identifier,
@@ -97,4 +98,4 @@ std::int32_t kwMpaPluginReaderModule::ModuleReserved2() {
     return 1;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -21,4 +21,4 @@ private:
     PLUGIN_READER_MODULE_INFO info_ = {};
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -36,7 +36,8 @@ std::int32_t kwMpaPluginReaderClass::OpenFile(std::wstring path, std::uint32_t f
             if (result == kProbeVariableBitRate || result < 1)
                 return std::max(result, 0);
         }
-        if ((flags & (TRN_OPEN_SAMPLE_READER | TRN_OPEN_SAMPLE_READER_ALTERNATE)) != 0 && OpenSampleReader() < 1)
+        if ((flags & (TRN_OPEN_SAMPLE_READER | TRN_OPEN_SAMPLE_READER_ALTERNATE)) != 0 &&
+            OpenSampleReader() < 1)
             return 0;
         // The index builder is not part of this version.
         return (flags & TRN_OPEN_INDEX_BUILDER) != 0 ? 0 : 1;
@@ -107,4 +108,4 @@ std::int32_t kwMpaPluginReaderClass::ClassReserved2() {
     return 0;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

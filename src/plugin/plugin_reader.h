@@ -23,8 +23,8 @@ public:
     std::int32_t CancelIndexing() override;
     std::int32_t GetFileInfo(std::int32_t kind, void* record) override;
     std::int32_t ClassReserved1() override;
-    std::int32_t ReadSamples(std::uint32_t stream, std::int64_t start, std::uint32_t count, unsigned char** data,
-                             std::int32_t* size) override;
+    std::int32_t ReadSamples(std::uint32_t stream, std::int64_t start, std::uint32_t count,
+                             unsigned char** data, std::int32_t* size) override;
     std::int32_t ClassReserved2() override;
 
 private:
@@ -38,4 +38,4 @@ private:
     std::wstring path_;
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -31,4 +31,4 @@ private:
     std::size_t capacity_ = 0;
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -8,4 +8,4 @@ bool FramesAgree(const AMPFrameInfo& x, const AMPFrameInfo& y) {
            x.pcmBytes == y.pcmBytes;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -7,4 +7,4 @@ namespace trnmpa {
 /// True when both records describe frames of one stream. Frame length and bit rate may differ.
 bool FramesAgree(const AMPFrameInfo& x, const AMPFrameInfo& y);
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -18,4 +18,4 @@ void DoubleAmplitude(std::span<const std::uint8_t> pcm, std::uint8_t* output) {
         output[pcm.size() - 1] = pcm.back();
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

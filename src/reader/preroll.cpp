@@ -29,7 +29,7 @@ std::int32_t Length(const MpaIndexEntry& entry) {
     return static_cast<std::int32_t>(std::min(entry.frameBytes, kLargest));
 }
 
-}  // namespace
+} // namespace
 
 std::int32_t MainDataBytes(const AMPFrameInfo& stream, std::int32_t frameBytes) {
     return std::max(frameBytes, 0) - (SideInfoBytes(stream) + kHeaderAndCrcBytes);
@@ -55,8 +55,8 @@ std::int64_t PrerollStart(const AMPFrameInfo& stream, const Preroll& preroll, st
     return target > back ? target - back : 0;
 }
 
-std::int64_t PrerollStart(const AMPFrameInfo& stream, std::span<const MpaIndexEntry> frames, std::int64_t target,
-                          Preroll& preroll) {
+std::int64_t PrerollStart(const AMPFrameInfo& stream, std::span<const MpaIndexEntry> frames,
+                          std::int64_t target, Preroll& preroll) {
     const auto lengthOf = [&](std::int64_t frame) { return Length(frames[static_cast<std::size_t>(frame)]); };
     preroll = PrerollFor(stream, lengthOf(target));
     if (target >= preroll.decodedFrames)
@@ -78,4 +78,4 @@ std::int64_t PrerollStart(const AMPFrameInfo& stream, std::span<const MpaIndexEn
     return start;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

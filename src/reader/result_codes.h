@@ -22,4 +22,4 @@ inline constexpr std::int32_t kDecodeFailed = -2329;
 inline constexpr std::int32_t kMediaNotOpened = -2331;
 inline constexpr std::int32_t kNotOpen = -2333;
 
-}  // namespace trnmpa
+} // namespace trnmpa

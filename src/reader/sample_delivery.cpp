@@ -16,14 +16,15 @@ namespace {
 constexpr std::uint64_t kMaximumRequestBytes = std::numeric_limits<std::int32_t>::max();
 
 /// First byte of a sample in the decoded stream; nothing when it lies beyond 64 bits.
-std::optional<std::int64_t> BytePosition(std::int64_t sample, std::int64_t skipSamples, std::int64_t blockAlign) {
+std::optional<std::int64_t> BytePosition(std::int64_t sample, std::int64_t skipSamples,
+                                         std::int64_t blockAlign) {
     constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
     if (blockAlign <= 0 || sample > kLargest / blockAlign - skipSamples)
         return std::nullopt;
     return (sample + skipSamples) * blockAlign;
 }
 
-}  // namespace
+} // namespace
 
 std::int32_t KwMpAudioReader2::GetSamples(const AudioReaderDataIn& request, unsigned char*& data,
                                           std::int32_t& size, unsigned long*) {
@@ -49,8 +50,7 @@ std::int32_t KwMpAudioReader2::GetSamples(const AudioReaderDataIn& request, unsi
 
 std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::size_t bytes,
                                        unsigned char*& data) {
-    const auto position =
-        BytePosition(request.startSample, stream_.skipSamples, stream_.format.nBlockAlign);
+    const auto position = BytePosition(request.startSample, stream_.skipSamples, stream_.format.nBlockAlign);
     if (stream_.muted || !HasFrames() || !position)
         return Silence(bytes, data);
     stream_.targetFrame = *position / stream_.frameInfo.pcmBytes;
@@ -191,4 +191,4 @@ bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, 
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -27,7 +27,7 @@ std::uint32_t MediaBlockKiB() {
     return static_cast<std::uint32_t>(std::max(ReadMp3BufSize(), 0));
 }
 
-}  // namespace
+} // namespace
 
 KwMpAudioReader2::KwMpAudioReader2() : decoderUse_(ReadDecoderUse()) {
     JoinLog();
@@ -162,4 +162,4 @@ std::int32_t KwMpAudioReader2::CompleteOpen() {
     return kSuccess;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

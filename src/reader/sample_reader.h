@@ -25,11 +25,12 @@ namespace trnmpa {
 ///     if (reader.Initialize() == 1 && reader.SetInputFile(path) == 1 && reader.GetStreamInfo(&info) == 1)
 ///         result = reader.GetSamples(request, data, size, nullptr);
 ///
-/// Results are 1 or a code of reader/result_codes.h. Nothing is thrown after construction. One engine serves one
-/// caller at a time; engines are independent of each other.
+/// Results are 1 or a code of reader/result_codes.h. Nothing is thrown after construction. One engine serves
+/// one caller at a time; engines are independent of each other.
 class KwMpAudioReader2 {
 public:
-    /// Joins the log and reads the settings file; the decoder selector found there holds for the engine's life.
+    /// Joins the log and reads the settings file; the decoder selector found there holds for the engine's
+    /// life.
     KwMpAudioReader2();
     virtual ~KwMpAudioReader2();
     KwMpAudioReader2(const KwMpAudioReader2&) = delete;
@@ -41,13 +42,13 @@ public:
     /// Takes the file to open and finds the index beside it. 0 when there is an index that cannot be opened.
     std::int32_t SetInputFile(const std::wstring& path);
 
-    /// The first call completes the open; every call copies the description, whose audio format is that of the
-    /// PCM, to `record`.
+    /// The first call completes the open; every call copies the description, whose audio format is that of
+    /// the PCM, to `record`.
     std::int32_t GetStreamInfo(KW_MEDIA_BASE_INFO_ST* record);
 
-    /// Reads request.sampleCount samples per channel from request.startSample. `data` receives the PCM, owned by
-    /// the engine and valid until its next call, `size` its bytes. A request that touches the end of the stream is
-    /// answered with silence of its full length. `extra` is not used.
+    /// Reads request.sampleCount samples per channel from request.startSample. `data` receives the PCM, owned
+    /// by the engine and valid until its next call, `size` its bytes. A request that touches the end of the
+    /// stream is answered with silence of its full length. `extra` is not used.
     std::int32_t GetSamples(const AudioReaderDataIn& request, unsigned char*& data, std::int32_t& size,
                             unsigned long* extra);
 
@@ -60,16 +61,16 @@ private:
         std::wstring path;
         WAVEFORMATEX format = {};
         AMPFrameInfo frameInfo;
-        std::int64_t dataStart = 0;  ///< byte offset of frame 0 in a file without index
+        std::int64_t dataStart = 0; ///< byte offset of frame 0 in a file without index
         std::int32_t cbrMode = 0;
         bool needsOpen = true;
         KW_MEDIA_BASE_INFO_ST mediaInfo;
         bool hasIndex = false;
-        std::uint32_t frameCount = 0;           ///< as the index header claims
-        std::vector<MpaIndexEntry> frameTable;  ///< as the index really holds
-        std::int64_t skipSamples = 0;           ///< decoder delay, left out before sample 0
+        std::uint32_t frameCount = 0;          ///< as the index header claims
+        std::vector<MpaIndexEntry> frameTable; ///< as the index really holds
+        std::int64_t skipSamples = 0;          ///< decoder delay, left out before sample 0
         Preroll preroll;
-        bool muted = false;  ///< nothing sets it
+        bool muted = false; ///< nothing sets it
 
         std::int64_t currentFrame = 0;
         std::int64_t targetFrame = 0;
@@ -110,14 +111,14 @@ private:
     bool DecodeNextFrame();
     void ForgetPosition();
 
-    const std::int32_t decoderUse_;  ///< the decoder selector as construction found it
+    const std::int32_t decoderUse_; ///< the decoder selector as construction found it
     std::unique_ptr<IAMPDecoder> decoder_;
     std::unique_ptr<CMpAudioFrameBufferReader> mediaSource_;
     std::unique_ptr<CMpAudioFrameBufferReader> indexSource_;
-    ByteBuffer pcmBufferA_;  ///< the request as decoded
-    std::unique_ptr<std::int16_t[]> pcmBufferB_;  ///< the last decoded frame
-    ByteBuffer outputBuffer_;  ///< what callers get where it is not pcmBufferA
+    ByteBuffer pcmBufferA_;                      ///< the request as decoded
+    std::unique_ptr<std::int16_t[]> pcmBufferB_; ///< the last decoded frame
+    ByteBuffer outputBuffer_;                    ///< what callers get where it is not pcmBufferA
     Stream stream_;
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -23,7 +23,7 @@ std::int32_t PcmBytesPerFrame(const MpaIndexHeader& header, std::uint16_t blockA
     return bytes <= std::numeric_limits<std::int32_t>::max() ? static_cast<std::int32_t>(bytes) : 0;
 }
 
-}  // namespace
+} // namespace
 
 std::int32_t KwMpAudioReader2::OpenWithIndex() {
     const MpaIndexHeader header = ReadIndexHeader(*indexSource_);
@@ -128,8 +128,7 @@ void KwMpAudioReader2::DetectConstantBitRate() {
     const FrameHeaderBytes first = ReadFourBytes(source, stream_.dataStart);
     const std::int64_t frames =
         info.frameBytes > 0 ? (mediaSource_->GetLength() - stream_.dataStart) / info.frameBytes : 0;
-    const FrameHeaderBytes middle =
-        ReadFourBytes(source, frames / 2 * info.frameBytes + stream_.dataStart);
+    const FrameHeaderBytes middle = ReadFourBytes(source, frames / 2 * info.frameBytes + stream_.dataStart);
     stream_.cbrMode = SameCbrHeader(first, middle) ? 1 : 0;
 }
 
@@ -143,4 +142,4 @@ void KwMpAudioReader2::SkipInfoFrame() {
         stream_.dataStart += stream_.frameInfo.frameBytes;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

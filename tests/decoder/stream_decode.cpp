@@ -40,4 +40,4 @@ DecodedStream DecodeStream(std::span<const std::uint8_t> stream) {
     return result;
 }
 
-}  // namespace test
+} // namespace test

@@ -26,10 +26,10 @@ private:
 struct DecodedStream {
     std::vector<std::int16_t> pcm;
     std::vector<AMPFrameInfo> frames;
-    int thrown = 0;  ///< the code that ended the decode, 0 when the search ran out of data
+    int thrown = 0; ///< the code that ended the decode, 0 when the search ran out of data
 };
 
 /// Decodes frame after frame until the data ends.
 DecodedStream DecodeStream(std::span<const std::uint8_t> stream);
 
-}  // namespace test
+} // namespace test

@@ -1,5 +1,5 @@
-// The conformance streams against their expected PCM and, where the decoder must equal the standard, against the
-// standard's own reference.
+// The conformance streams against their expected PCM and, where the decoder must equal the standard, against
+// the standard's own reference.
 
 #include "decoder/stream_decode.h"
 #include "support/test_files.h"
@@ -29,7 +29,8 @@ struct Difference {
 };
 
 /// Over the values that both have; ours are scaled to 16 bits first.
-Difference Compare(const std::vector<std::int16_t>& ours, int scale, const std::vector<std::int16_t>& theirs) {
+Difference Compare(const std::vector<std::int16_t>& ours, int scale,
+                   const std::vector<std::int16_t>& theirs) {
     Difference result;
     double squares = 0;
     const std::size_t count = std::min(ours.size(), theirs.size());
@@ -58,7 +59,8 @@ TEST(ConformanceVectors, MatchTheirReferences) {
         GTEST_SKIP() << "NO CONFORMANCE STREAMS: set TRN_TEST_VECTORS to their folder";
     const std::vector<fs::path> streams = Streams(*folder);
     ASSERT_FALSE(streams.empty()) << "no streams in " << *folder;
-    std::printf("%-28s %9s | %4s %9s %9s | %4s %6s\n", "stream", "values", "max", "differing", "rms", "iso", "rms");
+    std::printf("%-28s %9s | %4s %9s %9s | %4s %6s\n", "stream", "values", "max", "differing", "rms", "iso",
+                "rms");
     for (const fs::path& path : streams) {
         SCOPED_TRACE(path.filename().string());
         const test::DecodedStream decoded = test::DecodeStream(test::ReadFile(path));
@@ -81,4 +83,4 @@ TEST(ConformanceVectors, MatchTheirReferences) {
     }
 }
 
-}  // namespace
+} // namespace

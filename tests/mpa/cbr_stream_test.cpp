@@ -131,17 +131,17 @@ TEST(CbrEnd, OnlyTheTailIsSearched) {
 
 TEST(CbrEnd, ByRateFindsTheLastFrameThatTheRateCounts) {
     // 200 frames end 0.84 bytes short of their time, so the count says 199.
-    constexpr double kLast = 198 * 20480 / 49;
+    constexpr int kLast = 198 * 20480 / 49;
     const auto end = End(test::PaddedFrames(200), {}, CbrKind::kByRate);
     ASSERT_TRUE(end);
-    EXPECT_DOUBLE_EQ(*end, kLast / 16000 + 1152.0 / 44100);
+    EXPECT_DOUBLE_EQ(*end, kLast / 16000.0 + 1152.0 / 44100);
 }
 
 TEST(CbrEnd, ByRateCountsFromTheFirstFrame) {
-    constexpr double kLast = 198 * 20480 / 49;
+    constexpr int kLast = 198 * 20480 / 49;
     const auto end = End(Behind(5000, test::PaddedFrames(200)), {}, CbrKind::kByRate, 5000);
     ASSERT_TRUE(end);
-    EXPECT_DOUBLE_EQ(*end, kLast / 16000 + 1152.0 / 44100);
+    EXPECT_DOUBLE_EQ(*end, kLast / 16000.0 + 1152.0 / 44100);
 }
 
 TEST(CbrEnd, ByRateGivesUpBeforeTheTail) {

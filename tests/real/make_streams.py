@@ -2,7 +2,8 @@
 """Makes real MPEG audio files with Debian's encoders, and what independent programs say of them.
 
 For each stream NAME: the file NAME.mp3 or NAME.mp2, and NAME.pcm, its decode by mpg123 (16 bits, little-endian,
-interleaved, nothing trimmed), accepted only when ffmpeg's decode agrees. manifest.tsv describes all of them.
+interleaved, nothing trimmed), accepted only when ffmpeg's decode agrees; and NAME.idx, an index of it. manifest.tsv
+describes all of them.
 A folder that this script filled before, with the same encoders, is left as it is.
 """
 
@@ -13,6 +14,7 @@ import hashlib
 import json
 import os
 import shutil
+import struct
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
@@ -227,6 +229,22 @@ def tag_in_front(path, stream, sizes):
     return data[4 + side_information : 8 + side_information].decode("ascii")
 
 
+def write_index(folder, stream, sizes):
+    """An index: a header that describes the first frame, then offset and length of each frame behind that."""
+    path = folder / stream.file
+    file_size = path.stat().st_size
+    tag_frame = file_size - sum(sizes)
+    lengths = [tag_frame, *sizes] if tag_frame else sizes
+    kbps = round(lengths[0] * stream.rate * 8 / stream.samples_per_frame() / 1000)
+    header = struct.pack("<IIBBHIIHHI", len(lengths) - 1, file_size, stream.layer, 1 if stream.version == "1" else 2,
+                         stream.channels, kbps * 1000, stream.rate, 16, lengths[0], stream.samples_per_frame())
+    entries, offset = [], 0
+    for length, following in zip(lengths, lengths[1:]):
+        offset += length
+        entries.append(struct.pack("<II", offset, following))
+    (folder / f"{stream.name}.idx").write_bytes(header + b"".join(entries))
+
+
 def make(folder, stream):
     """Makes one stream and its reference; gives its line of the manifest."""
     encode(folder, stream)
@@ -237,6 +255,8 @@ def make(folder, stream):
     sizes = frame_sizes(path, stream) if stream.kind != "free" else [0] * frames
     if rest or frames != len(sizes):
         raise RuntimeError(f"{stream.file}: mpg123 decodes {frames} frames, ffprobe sees {len(sizes)}")
+    if stream.kind != "free":
+        write_index(folder, stream, sizes)
     short_blocks, tag = 0, "none"
     if stream.layer == 3 and stream.kind != "free":
         short_blocks, tag = count_short_blocks(path, stream, sizes), tag_in_front(path, stream, sizes)

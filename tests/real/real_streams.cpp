@@ -51,6 +51,10 @@ std::filesystem::path RealStream::Path() const {
     return Folder() / file;
 }
 
+std::filesystem::path RealStream::IndexPath() const {
+    return Path().replace_extension(".idx");
+}
+
 Pcm RealStream::Reference() const {
     const Bytes bytes = ReadFile(Path().replace_extension(".pcm"));
     Pcm samples(bytes.size() / sizeof(std::int16_t));
@@ -70,6 +74,10 @@ Pcm RealStream::ExpectedDelivery() const {
 std::int64_t RealStream::DeliveredSamples() const {
     const std::int64_t decoded = (frames + (HasDecodedTagFrame() ? 1 : 0)) * SamplesPerFrame();
     return layer == 3 ? decoded - kLayer3Delay : decoded;
+}
+
+std::int64_t RealStream::SamplesWithIndex() const {
+    return (tag != "none" ? frames : frames - 1) * SamplesPerFrame();
 }
 
 const std::vector<RealStream>& RealStreams() {

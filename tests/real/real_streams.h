@@ -38,6 +38,8 @@ struct RealStream {
     bool HasDecodedTagFrame() const { return tag != "none" && !HasSkippedTagFrame(); }
 
     std::filesystem::path Path() const;
+    /// An index of it, made from ffprobe's list of frames. It does not stand beside the stream.
+    std::filesystem::path IndexPath() const;
 
     /// The sound as mpg123 decodes it, interleaved, nothing trimmed.
     Pcm Reference() const;
@@ -46,6 +48,8 @@ struct RealStream {
     Pcm ExpectedDelivery() const;
     /// Samples per channel of the delivery.
     std::int64_t DeliveredSamples() const;
+    /// The same with the index beside the stream: nothing is skipped, and the first frame has no entry.
+    std::int64_t SamplesWithIndex() const;
 };
 
 /// All streams of the manifest; throws when there is none, or none of what the tests rely on.

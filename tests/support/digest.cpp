@@ -15,7 +15,7 @@ std::string Hexadecimal(std::uint64_t value) {
     return text;
 }
 
-}  // namespace
+} // namespace
 
 std::string Digest(std::span<const std::uint8_t> bytes) {
     std::uint64_t hash = kOffsetBasis;
@@ -34,4 +34,4 @@ std::string Digest(std::span<const std::int16_t> values) {
     return Hexadecimal(hash);
 }
 
-}  // namespace test
+} // namespace test

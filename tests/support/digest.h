@@ -13,4 +13,4 @@ std::string Digest(std::span<const std::uint8_t> bytes);
 /// The same of 16-bit values, taken as little-endian bytes.
 std::string Digest(std::span<const std::int16_t> values);
 
-}  // namespace test
+} // namespace test

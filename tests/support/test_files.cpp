@@ -22,7 +22,7 @@ fs::path FolderFromEnvironment(const char* name) {
     return fs::path(value);
 }
 
-}  // namespace
+} // namespace
 
 fs::path SourceFolder() {
     return FolderFromEnvironment("TRN_SOURCE_DIR");
@@ -81,4 +81,4 @@ std::wstring Wide(const fs::path& path) {
     return os::WidenUtf8(std::string_view(reinterpret_cast<const char*>(text.data()), text.size()));
 }
 
-}  // namespace test
+} // namespace test

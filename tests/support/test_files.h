@@ -43,4 +43,4 @@ private:
 /// A path as the module takes it.
 std::wstring Wide(const std::filesystem::path& path);
 
-}  // namespace test
+} // namespace test

@@ -176,12 +176,14 @@ TEST_F(DecodeTest, ClosedPipeEndsQuietly) {
 TEST_F(DecodeTest, InterruptLeavesNoHalfFile) {
     AddPlanned("slow.mp3", test::SilentLayer3(kFrames), {{"delay", 300}});
     test::RunningProcess process = StartCounting({"decode", "slow.mp3", "-o", "out.wav"});
-    while (NewFiles().empty())
+    for (int i = 0; i < 4000 && NewFiles().empty(); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_FALSE(NewFiles().empty());
     if (!process.Interrupt())
         GTEST_SKIP() << "no console to send the interrupt through";
     const ProcessResult result = process.Finish();
-    EXPECT_NE(result.exitStatus, 0);
+    // Ended by the interrupt itself, as the system reports it, not by an error.
+    EXPECT_GT(static_cast<unsigned>(result.exitStatus), 127u);
     EXPECT_LT(Requests("slow.mp3").size(), 4u);
     EXPECT_THAT(result.error, IsEmpty());
     EXPECT_THAT(NewFiles(), IsEmpty());

@@ -11,34 +11,32 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+/// Copies of the fields: in the packed record they are not aligned, so nothing may refer to them.
+void AddFormat(Json& object, const WAVEFORMATEX& format) {
+    object["formatTag"] = std::uint16_t{format.wFormatTag};
+    object["channels"] = std::uint16_t{format.nChannels};
+    object["sampleRate"] = std::uint32_t{format.nSamplesPerSec};
+    object["averageBytesPerSecond"] = std::uint32_t{format.nAvgBytesPerSec};
+    object["blockAlign"] = std::uint16_t{format.nBlockAlign};
+    object["bitsPerSample"] = std::uint16_t{format.wBitsPerSample};
+}
+
 Json ProbeObject(const FileReport& report) {
     Json object = {{"result", report.probeResult},
                    {"variableBitRate", report.probeResult == TRN_OPEN_VARIABLE_BIT_RATE}};
     if (!report.probe)
         return object;
-    const TRN_MEDIA_INFO2& probe = *report.probe;
-    object["classIdentifier"] = probe.classIdentifier;
-    object["audioCodec"] = probe.audioCodec;
-    object["duration100ns"] = probe.duration;
-    object["formatTag"] = probe.audioFormat.wFormatTag;
-    object["channels"] = probe.audioFormat.nChannels;
-    object["sampleRate"] = probe.audioFormat.nSamplesPerSec;
-    object["averageBytesPerSecond"] = probe.audioFormat.nAvgBytesPerSec;
-    object["blockAlign"] = probe.audioFormat.nBlockAlign;
-    object["bitsPerSample"] = probe.audioFormat.wBitsPerSample;
+    object["classIdentifier"] = report.probe->classIdentifier;
+    object["audioCodec"] = report.probe->audioCodec;
+    object["duration100ns"] = report.probe->duration;
+    AddFormat(object, report.probe->audioFormat);
     return object;
 }
 
 Json SampleReaderObject(const FileReport& report) {
     Json object = {{"opened", report.sampleReaderOpened}};
-    if (!report.pcm)
-        return object;
-    object["formatTag"] = report.pcm->wFormatTag;
-    object["channels"] = report.pcm->nChannels;
-    object["sampleRate"] = report.pcm->nSamplesPerSec;
-    object["averageBytesPerSecond"] = report.pcm->nAvgBytesPerSec;
-    object["blockAlign"] = report.pcm->nBlockAlign;
-    object["bitsPerSample"] = report.pcm->wBitsPerSample;
+    if (report.pcm)
+        AddFormat(object, *report.pcm);
     return object;
 }
 

@@ -16,4 +16,4 @@ void ReduceAliases(std::span<float, 576> spectrum, int boundaries) {
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -47,7 +47,7 @@ inline void Transform(const float* x, float* output) {
     }
 }
 
-}  // namespace
+} // namespace
 
 void CosineTransform32(std::span<const float, 32> input, bool invertOddInputs, std::span<float, 32> output) {
     if (!invertOddInputs) {
@@ -62,4 +62,4 @@ void CosineTransform32(std::span<const float, 32> input, bool invertOddInputs, s
     Transform<32>(inverted, output.data());
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -12,4 +12,4 @@ namespace trnmpa {
 /// which is the frequency inversion of layer III in odd time slots (ISO/IEC 11172-3, 2.4.3.4.10.3).
 void CosineTransform32(std::span<const float, 32> input, bool invertOddInputs, std::span<float, 32> output);
 
-}  // namespace trnmpa
+} // namespace trnmpa

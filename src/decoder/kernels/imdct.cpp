@@ -6,9 +6,9 @@ namespace trnmpa {
 
 // Both transforms come down to a DCT-IV, Y[n] = sum of X[k] cos((2n + 1)(2k + 1) pi / 4N). Since
 // cos((2n + 1) a) + cos((2n - 1) a) = 2 cos(a) cos(2n a), the values S[n] = Y[n] + Y[n - 1] are a DCT-II of
-// X[k] 2 cos((2k + 1) pi / 4N), and Y[0] = S[0] / 2. The even outputs of that DCT-II are one of half the size; its
-// odd outputs are a DCT-IV of half the size again, which the same step resolves. The lines come with inverted sign;
-// the first multiplication turns it back.
+// X[k] 2 cos((2k + 1) pi / 4N), and Y[0] = S[0] / 2. The even outputs of that DCT-II are one of half the
+// size; its odd outputs are a DCT-IV of half the size again, which the same step resolves. The lines come
+// with inverted sign; the first multiplication turns it back.
 
 namespace {
 
@@ -131,7 +131,7 @@ void OverlapShort(const float* lines, float* overlap, float* output, int stride)
     }
 }
 
-}  // namespace
+} // namespace
 
 void InverseMdct(std::span<const float, 18> lines, int blockType, std::span<float, 18> overlap, float* output,
                  int stride) {
@@ -151,4 +151,4 @@ void FlushOverlap(std::span<float, 18> overlap, float* output, int stride) {
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

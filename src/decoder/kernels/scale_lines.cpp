@@ -13,4 +13,4 @@ void ScaleLines(std::span<const std::int32_t> lines, float gain, std::span<float
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -20,4 +20,4 @@ void SpreadIntensity(std::span<float> left, std::span<float> right, IntensityRat
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

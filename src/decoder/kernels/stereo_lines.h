@@ -15,4 +15,4 @@ void UndoMidSide(std::span<float> left, std::span<float> right);
 /// left, right = left x ratio.left, left x ratio.right, in double precision.
 void SpreadIntensity(std::span<float> left, std::span<float> right, IntensityRatio ratio);
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -7,8 +7,8 @@
 
 namespace trnmpa {
 
-// The standard windows a vector of 64 values per slot. With C the 32 transform values of the slot that is k slots
-// old, the values that meet taps D[32k + n] for output n are
+// The standard windows a vector of 64 values per slot. With C the 32 transform values of the slot that is k
+// slots old, the values that meet taps D[32k + n] for output n are
 //
 //     k even:  C[16 + n] (n < 16),   0 (n = 16),  -C[48 - n] (n > 16)
 //     k odd:  -C[16 - n] (n <= 16),               -C[n - 16] (n > 16)
@@ -31,7 +31,7 @@ void AddOddTap(const float* taps, const float* c, float* sums) {
         sums[32 - n] -= taps[32 - n] * c[16 - n];
 }
 
-}  // namespace
+} // namespace
 
 void WindowSlots(const SynthesisRing& ring, int phase, std::span<float, 32> output) {
     float sums[32] = {};
@@ -43,11 +43,11 @@ void WindowSlots(const SynthesisRing& ring, int phase, std::span<float, 32> outp
 }
 
 std::int16_t RoundToPcm(float sample) {
-    // Clipping first gives the same integers and keeps any finite sample within the reach of the addition, which
-    // leaves the rounded integer in the low bits of the sum's mantissa.
-    constexpr double kRoundingBias = 6755399441055744.0;  // 1.5 * 2^52
+    // Clipping first gives the same integers and keeps any finite sample within the reach of the addition,
+    // which leaves the rounded integer in the low bits of the sum's mantissa.
+    constexpr double kRoundingBias = 6755399441055744.0; // 1.5 * 2^52
     const double clipped = static_cast<double>(std::clamp(sample, -32768.0f, 32767.0f));
     return static_cast<std::int16_t>(std::bit_cast<std::uint64_t>(clipped + kRoundingBias) & 0xFFFFu);
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -14,8 +14,8 @@ constexpr int kLastShortBand = 12;
 constexpr void AddLongBands(BandLayout& layout, const std::uint16_t (&starts)[23], int endLine) {
     for (int band = 0; starts[band] < endLine; ++band) {
         const auto width = static_cast<std::uint16_t>(starts[band + 1] - starts[band]);
-        layout.segment[static_cast<std::size_t>(layout.count++)] = {starts[band], width,
-                                                                    static_cast<std::uint8_t>(band), 0, false};
+        layout.segment[static_cast<std::size_t>(layout.count++)] = {
+            starts[band], width, static_cast<std::uint8_t>(band), 0, false};
     }
 }
 
@@ -62,7 +62,7 @@ constexpr LayoutTable MakeLayouts() {
 
 constexpr LayoutTable kLayouts = MakeLayouts();
 
-}  // namespace
+} // namespace
 
 const BandLayout& LayoutOf(const DecoderHeader& header, const GranuleInfo& info) {
     const Kind kind = info.IsMixedShort() ? kMixed : info.IsShort() ? kShort : kLong;
@@ -70,4 +70,4 @@ const BandLayout& LayoutOf(const DecoderHeader& header, const GranuleInfo& info)
                    [static_cast<std::size_t>(header.sampleRateIndex)][kind];
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

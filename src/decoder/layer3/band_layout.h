@@ -28,9 +28,11 @@ struct BandLayout {
     std::array<BandSegment, kMaximumSegments> segment = {};
     int count = 0;
 
-    std::span<const BandSegment> Segments() const { return {segment.data(), static_cast<std::size_t>(count)}; }
+    std::span<const BandSegment> Segments() const {
+        return {segment.data(), static_cast<std::size_t>(count)};
+    }
 };
 
 const BandLayout& LayoutOf(const DecoderHeader& header, const GranuleInfo& info);
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -104,7 +104,7 @@ int ReadQuadruples(AMPBitstream& bits, bool isTableB, int endBitsRemaining, int 
     return overran && index > first ? index - 4 : index;
 }
 
-}  // namespace
+} // namespace
 
 int DecodeSpectrum(AMPBitstream& bits, const DecoderHeader& header, const GranuleInfo& info,
                    int endBitsRemaining, std::span<std::int32_t, kGranuleLines> lines) {
@@ -119,4 +119,4 @@ int DecodeSpectrum(AMPBitstream& bits, const DecoderHeader& header, const Granul
     return ReadQuadruples(bits, info.count1TableSelect != 0, endBitsRemaining, bigValueLines, lines);
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -12,10 +12,10 @@ namespace trnmpa {
 
 inline constexpr int kGranuleLines = 576;
 
-/// Reads the big values and the quadruples of one granule and channel. `endBitsRemaining` is where the granule's
-/// data ends: quadruples stop there, big values are read to their full number. Gives the non-zero count: lines
-/// from it on are zero and are not written.
+/// Reads the big values and the quadruples of one granule and channel. `endBitsRemaining` is where the
+/// granule's data ends: quadruples stop there, big values are read to their full number. Gives the non-zero
+/// count: lines from it on are zero and are not written.
 int DecodeSpectrum(AMPBitstream& bits, const DecoderHeader& header, const GranuleInfo& info,
                    int endBitsRemaining, std::span<std::int32_t, kGranuleLines> lines);
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -13,8 +13,8 @@ namespace {
 constexpr int kButterflies = 8;
 constexpr int kAllBoundaries = kSubbands - 1;
 
-/// Reduces aliases where there are lines to reduce; gives the grown non-zero count. Unmixed short blocks get all
-/// boundaries too, unlike the standard's; wanted.
+/// Reduces aliases where there are lines to reduce; gives the grown non-zero count. Unmixed short blocks get
+/// all boundaries too, unlike the standard's; wanted.
 int ReduceGranuleAliases(const GranuleInfo& info, int nonZeroCount, Spectrum spectrum) {
     const bool onlyFirst = info.windowSwitching != 0 && info.IsMixedShort();
     // Boundary b reaches down to line 18 b - 8.
@@ -31,7 +31,7 @@ int BlockTypeOf(const GranuleInfo& info, int subband) {
     return isMixedLong ? 0 : static_cast<int>(info.blockType);
 }
 
-}  // namespace
+} // namespace
 
 void SynthesiseHybrid(const GranuleInfo& info, const BandLayout& layout, int nonZeroCount, Spectrum spectrum,
                       OverlapBuffer& overlap, GranuleSlots& slots) {
@@ -51,4 +51,4 @@ void SynthesiseHybrid(const GranuleInfo& info, const BandLayout& layout, int non
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

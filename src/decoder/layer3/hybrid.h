@@ -22,4 +22,4 @@ using OverlapBuffer = float[kSubbands][kLinesPerSubband];
 void SynthesiseHybrid(const GranuleInfo& info, const BandLayout& layout, int nonZeroCount, Spectrum spectrum,
                       OverlapBuffer& overlap, GranuleSlots& slots);
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -14,8 +14,8 @@ void Layer3Decoder::Reset() {
     std::memset(overlap_, 0, sizeof overlap_);
 }
 
-int Layer3Decoder::DecodeFrame(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int mainDataBytes,
-                               SynthesisBank& synthesis, std::int16_t* pcm) {
+int Layer3Decoder::DecodeFrame(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info,
+                               int mainDataBytes, SynthesisBank& synthesis, std::int16_t* pcm) {
     bits.RewindToFrameStart(static_cast<int>(info.mainDataBegin) + mainDataBytes);
     factors_[0] = {};
     factors_[1] = {};
@@ -27,7 +27,8 @@ int Layer3Decoder::DecodeFrame(AMPBitstream& bits, const DecoderHeader& header, 
     return header.GranuleCount() * valuesPerGranule;
 }
 
-void Layer3Decoder::ReadGranule(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int granule) {
+void Layer3Decoder::ReadGranule(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info,
+                                int granule) {
     for (int channel = 0; channel < header.channels; ++channel)
         ReadChannel(bits, header, info, granule, channel);
     if (header.channels == 2) {
@@ -44,7 +45,8 @@ void Layer3Decoder::ReadChannel(AMPBitstream& bits, const DecoderHeader& header,
     if (header.lowSamplingFrequency != 0)
         ReadScaleFactorsLsf(bits, header, channel, granuleInfo, factors_[channel]);
     else
-        ReadScaleFactorsMpeg1(bits, granuleInfo, info.scaleFactorSelection[channel], granule, factors_[channel]);
+        ReadScaleFactorsMpeg1(bits, granuleInfo, info.scaleFactorSelection[channel], granule,
+                              factors_[channel]);
     std::int32_t lines[kGranuleLines];
     const int read = DecodeSpectrum(bits, header, granuleInfo, end, lines);
     bits.SeekToBitsRemaining(end);
@@ -56,8 +58,8 @@ void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInf
                                       SynthesisBank& synthesis, std::int16_t* pcm) {
     for (int channel = 0; channel < header.channels; ++channel) {
         const GranuleInfo& granuleInfo = info.granule[granule][channel];
-        SynthesiseHybrid(granuleInfo, LayoutOf(header, granuleInfo), nonZeroCount_[channel], spectrum_[channel],
-                         overlap_[channel], slots_[channel]);
+        SynthesiseHybrid(granuleInfo, LayoutOf(header, granuleInfo), nonZeroCount_[channel],
+                         spectrum_[channel], overlap_[channel], slots_[channel]);
     }
     for (int slot = 0; slot < kLinesPerSubband; ++slot, pcm += kSubbands * header.channels) {
         const bool invertFrequency = slot % 2 != 0;
@@ -68,4 +70,4 @@ void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInf
     }
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -16,14 +16,15 @@ class Layer3Decoder {
 public:
     void Reset();
 
-    /// Decodes a frame whose main data is already in the reservoir: `mainDataBytes` of it belong to this frame.
-    /// Gives the number of values written to `pcm`.
+    /// Decodes a frame whose main data is already in the reservoir: `mainDataBytes` of it belong to this
+    /// frame. Gives the number of values written to `pcm`.
     int DecodeFrame(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int mainDataBytes,
                     SynthesisBank& synthesis, std::int16_t* pcm);
 
 private:
     void ReadGranule(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int granule);
-    void ReadChannel(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int granule, int channel);
+    void ReadChannel(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int granule,
+                     int channel);
     void SynthesiseGranule(const DecoderHeader& header, const SideInfo& info, int granule,
                            SynthesisBank& synthesis, std::int16_t* pcm);
 
@@ -34,4 +35,4 @@ private:
     GranuleSlots slots_[2] = {};
 };
 
-}  // namespace trnmpa
+} // namespace trnmpa

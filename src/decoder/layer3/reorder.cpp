@@ -15,7 +15,7 @@ void InterleaveBand(std::span<float> band, std::size_t width) {
     std::copy_n(interleaved, 3 * width, band.begin());
 }
 
-}  // namespace
+} // namespace
 
 int ReorderShortBlocks(const BandLayout& layout, int nonZeroCount, Spectrum spectrum) {
     int reordered = nonZeroCount;
@@ -30,4 +30,4 @@ int ReorderShortBlocks(const BandLayout& layout, int nonZeroCount, Spectrum spec
     return reordered;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -28,7 +28,7 @@ float SegmentGain(const GranuleInfo& info, const BandSegment& segment, const Sca
     return tables::kGain[index];
 }
 
-}  // namespace
+} // namespace
 
 int Requantise(std::span<const std::int32_t, kGranuleLines> lines, int nonZeroCount, const GranuleInfo& info,
                const BandLayout& layout, const ScaleFactors& factors, Spectrum spectrum) {
@@ -46,4 +46,4 @@ int Requantise(std::span<const std::int32_t, kGranuleLines> lines, int nonZeroCo
     return nonZeroCount;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

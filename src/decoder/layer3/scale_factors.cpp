@@ -98,7 +98,7 @@ private:
     int readInPart_ = 0;
 };
 
-}  // namespace
+} // namespace
 
 void ReadScaleFactorsMpeg1(AMPBitstream& bits, const GranuleInfo& info, const std::uint32_t (&selection)[4],
                            int granule, ScaleFactors& factors) {
@@ -115,7 +115,8 @@ void ReadScaleFactorsMpeg1(AMPBitstream& bits, const GranuleInfo& info, const st
     constexpr int kGroupStart[5] = {0, 6, 11, 16, kLongBandsRead};
     for (int group = 0; group < 4; ++group)
         if (granule == 0 || selection[group] == 0)
-            ReadLongBands(bits, kGroupStart[group], kGroupStart[group + 1], group < 2 ? slen1 : slen2, factors);
+            ReadLongBands(bits, kGroupStart[group], kGroupStart[group + 1], group < 2 ? slen1 : slen2,
+                          factors);
     ClearLastLongBands(factors);
 }
 
@@ -143,4 +144,4 @@ void ReadScaleFactorsLsf(AMPBitstream& bits, const DecoderHeader& header, int ch
     ClearLastShortBand(factors);
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -12,15 +12,15 @@ namespace trnmpa {
 /// Scale factors of one channel, kept from the first granule of a frame to the second and zero at its start.
 struct ScaleFactors {
     std::uint8_t longBand[23] = {};
-    std::uint8_t shortBand[3][13] = {};  ///< by window and band
+    std::uint8_t shortBand[3][13] = {}; ///< by window and band
 
     /// Width in bits of each field as read, where the lower sampling frequencies need it (intensity stereo).
     std::uint8_t longBits[23] = {};
     std::uint8_t shortBits[3][13] = {};
 };
 
-/// Reads the scale factors of MPEG-1. In the second granule (`granule` 1) a long block keeps the band groups whose
-/// `selection` flag is set.
+/// Reads the scale factors of MPEG-1. In the second granule (`granule` 1) a long block keeps the band groups
+/// whose `selection` flag is set.
 void ReadScaleFactorsMpeg1(AMPBitstream& bits, const GranuleInfo& info, const std::uint32_t (&selection)[4],
                            int granule, ScaleFactors& factors);
 
@@ -28,4 +28,4 @@ void ReadScaleFactorsMpeg1(AMPBitstream& bits, const GranuleInfo& info, const st
 void ReadScaleFactorsLsf(AMPBitstream& bits, const DecoderHeader& header, int channel, GranuleInfo& info,
                          ScaleFactors& factors);
 
-}  // namespace trnmpa
+} // namespace trnmpa

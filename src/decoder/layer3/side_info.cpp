@@ -67,7 +67,7 @@ int PrivateBitCount(bool mpeg1, int channels) {
     return channels == 1 ? 1 : 2;
 }
 
-}  // namespace
+} // namespace
 
 SideInfo ParseSideInfo(const DecoderHeader& header,
                        std::span<const std::uint8_t, SideInfo::kMaximumBytes> bytes) {
@@ -87,4 +87,4 @@ SideInfo ParseSideInfo(const DecoderHeader& header,
     return info;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

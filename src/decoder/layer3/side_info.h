@@ -10,8 +10,8 @@ namespace trnmpa {
 
 /// One granule of one channel.
 struct GranuleInfo {
-    std::uint32_t part23Length = 0;  ///< bits of scale factors and Huffman data
-    std::uint32_t bigValues = 0;     ///< pairs, at most 288
+    std::uint32_t part23Length = 0; ///< bits of scale factors and Huffman data
+    std::uint32_t bigValues = 0;    ///< pairs, at most 288
     std::uint32_t globalGain = 0;
     std::uint32_t scaleFactorCompress = 0;
     std::uint32_t windowSwitching = 0;
@@ -34,11 +34,12 @@ struct SideInfo {
 
     std::uint32_t mainDataBegin = 0;
     std::uint32_t privateBits = 0;
-    std::uint32_t scaleFactorSelection[2][4] = {};  ///< by channel and band group (MPEG-1)
-    GranuleInfo granule[2][2];                      ///< by granule and channel
+    std::uint32_t scaleFactorSelection[2][4] = {}; ///< by channel and band group (MPEG-1)
+    GranuleInfo granule[2][2];                     ///< by granule and channel
 };
 
 /// Parses the side information of a frame, header.SideInfoBytes() bytes.
-SideInfo ParseSideInfo(const DecoderHeader& header, std::span<const std::uint8_t, SideInfo::kMaximumBytes> bytes);
+SideInfo ParseSideInfo(const DecoderHeader& header,
+                       std::span<const std::uint8_t, SideInfo::kMaximumBytes> bytes);
 
-}  // namespace trnmpa
+} // namespace trnmpa

@@ -20,20 +20,21 @@ bool IsZero(std::span<const float, kGranuleLines> lines, const BandSegment& segm
     return std::ranges::all_of(part, [](float value) { return value == 0.0f; });
 }
 
-/// The right channel's scale factor of a band as intensity position. The largest value of its field means none at
-/// the lower sampling frequencies.
-std::uint8_t PositionOf(const DecoderHeader& header, const ScaleFactors& factors, const BandSegment& segment) {
-    const std::uint8_t value = segment.isShort ? factors.shortBand[segment.window][segment.band]
-                                               : factors.longBand[segment.band];
+/// The right channel's scale factor of a band as intensity position. The largest value of its field means
+/// none at the lower sampling frequencies.
+std::uint8_t PositionOf(const DecoderHeader& header, const ScaleFactors& factors,
+                        const BandSegment& segment) {
+    const std::uint8_t value =
+        segment.isShort ? factors.shortBand[segment.window][segment.band] : factors.longBand[segment.band];
     if (header.lowSamplingFrequency == 0)
         return std::min(value, kNoIntensity);
-    const int bits = segment.isShort ? factors.shortBits[segment.window][segment.band]
-                                     : factors.longBits[segment.band];
+    const int bits =
+        segment.isShort ? factors.shortBits[segment.window][segment.band] : factors.longBits[segment.band];
     return bits > 0 && value == (1 << bits) - 1 ? kNoIntensity : value;
 }
 
-/// Walks one chain of segments (the long bands, or one window of the short bands) from the top to the first that
-/// is not zero. True when all were zero.
+/// Walks one chain of segments (the long bands, or one window of the short bands) from the top to the first
+/// that is not zero. True when all were zero.
 class IntensityChain {
 public:
     IntensityChain(const DecoderHeader& header, const RightChannel& channel,
@@ -62,8 +63,8 @@ public:
     }
 
 private:
-    // The last band has no scale factor: it takes the position of the band below it, or this one when that band is
-    // not zero.
+    // The last band has no scale factor: it takes the position of the band below it, or this one when that
+    // band is not zero.
     std::uint8_t LastBandDefault() const { return header_.lowSamplingFrequency != 0 ? 0 : 3; }
 
     void Mark(const BandSegment& segment, std::uint8_t position) {
@@ -103,7 +104,7 @@ void ApplyPositions(const DecoderHeader& header, const GranuleInfo& rightInfo, b
     }
 }
 
-}  // namespace
+} // namespace
 
 void FindIntensityPositions(const DecoderHeader& header, const RightChannel& channel,
                             std::span<const float, kGranuleLines> right, Positions positions) {
@@ -138,4 +139,4 @@ void ProcessStereo(const DecoderHeader& header, const RightChannel& channel, Spe
     nonZeroCount[1] = larger;
 }
 
-}  // namespace trnmpa
+} // namespace trnmpa

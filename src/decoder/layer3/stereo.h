@@ -29,4 +29,4 @@ void FindIntensityPositions(const DecoderHeader& header, const RightChannel& cha
 void ProcessStereo(const DecoderHeader& header, const RightChannel& channel, Spectrum left, Spectrum right,
                    int (&nonZeroCount)[2]);
 
-}  // namespace trnmpa
+} // namespace trnmpa
