@@ -21,10 +21,14 @@ int ErrorTerminalColumns();
 /// Writes UTF-8 text to standard error, also where the console has another encoding. Failures are ignored.
 void WriteErrorText(std::string_view text);
 
-/// From now on a write to a closed pipe fails instead of ending the process, and a request to end the process
-/// (an interrupt from the keyboard, a termination signal, a closed console) only sets the flag that
-/// InterruptRequested gives; a blocking write then ends early.
-void TakeOverSignals();
+/// To be called first in a program. From now on:
+/// - a write to a closed pipe fails instead of ending the process;
+/// - a request to end the process (an interrupt from the keyboard, a termination signal, a closed console)
+/// only
+///   sets the flag that InterruptRequested gives, and a blocking write ends early;
+/// - a standard stream that the caller has closed fails when it is used; no file opened later takes its
+/// place.
+void PrepareProcess();
 bool InterruptRequested();
 
 /// Ends the process in the way that the request would have ended it.

@@ -98,8 +98,8 @@ Index IndexOf(const bitstream::Stream& stream, std::size_t offset) {
     const model::Header& first = stream.frames.front().header;
     Index index;
     for (const bitstream::FrameRecord& frame : stream.frames)
-        index.entries.push_back({static_cast<std::uint32_t>(frame.offset + offset),
-                                 static_cast<std::uint32_t>(frame.length)});
+        index.entries.push_back(
+            {static_cast<std::uint32_t>(frame.offset + offset), static_cast<std::uint32_t>(frame.length)});
     index.entries.erase(index.entries.begin());
     index.header.frameCount = static_cast<std::uint32_t>(index.entries.size());
     index.header.mediaFileSize = static_cast<std::uint32_t>(stream.bytes.size() + offset);

@@ -26,8 +26,8 @@ bitstream::Stream ChangingStream(int frames = 40);
 /// MPEG-1 layer II, stereo, 48000 Hz, 192 kbit/s.
 bitstream::Stream Layer2Stream(int frames = 20);
 
-/// The decoder's output for frames that begin with these bytes, as the sample reader must hand it out: layer III
-/// doubled and kept within -32767 to 32767, the first `skippedSamples` (per channel) left out.
+/// The decoder's output for frames that begin with these bytes, as the sample reader must hand it out: layer
+/// III doubled and kept within -32767 to 32767, the first `skippedSamples` (per channel) left out.
 Pcm Delivered(std::span<const std::uint8_t> frames, int skippedSamples);
 
 /// The same from frame `first` of the stream on.

@@ -48,13 +48,13 @@ protected:
 TEST_P(RealDamage, GarbageBeforeTheFirstFrame) {
     const Bytes clean = ReadFile(Stream().Path());
     const Pcm pcm = Deliver(clean, Stream().DeliveredSamples());
-    Bytes near(1000, 0x55);
-    near.insert(near.end(), clean.begin(), clean.end());
-    EXPECT_EQ(Deliver(near, Stream().DeliveredSamples()), pcm);
+    Bytes little(1000, 0x55);
+    little.insert(little.end(), clean.begin(), clean.end());
+    EXPECT_EQ(Deliver(little, Stream().DeliveredSamples()), pcm);
 
-    Bytes far(5000, 0x55);
-    far.insert(far.end(), clean.begin(), clean.end());
-    const fs::path path = scratch_.Add("far.mp3", far);
+    Bytes much(5000, 0x55);
+    much.insert(much.end(), clean.begin(), clean.end());
+    const fs::path path = scratch_.Add("much.mp3", much);
     for (const std::uint32_t flags : kAllWays)
         EXPECT_EQ(module_.CreateReader()->OpenFile(Wide(path), flags), 0) << "flags " << flags;
 }

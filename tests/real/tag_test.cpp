@@ -98,14 +98,14 @@ TEST_F(RealTag, WellFormedTagsChangeNothing) {
 }
 
 TEST_F(RealTag, PaddingBehindTheTagIsPassedOver) {
-    const Bytes near = Tag(Garbage(100)) + Bytes(1000, 0) + clean_;
-    EXPECT_EQ(Deliver(near), pcm_);
-    EXPECT_EQ(Open(near, TRN_OPEN_PROBE), 1);
+    const Bytes little = Tag(Garbage(100)) + Bytes(1000, 0) + clean_;
+    EXPECT_EQ(Deliver(little), pcm_);
+    EXPECT_EQ(Open(little, TRN_OPEN_PROBE), 1);
 
     // The reader looks for the first 0xFF however far it is, the probe gives up after 4096 bytes.
-    const Bytes far = Tag(Garbage(100)) + Bytes(10'000, 0) + clean_;
-    EXPECT_EQ(Deliver(far), pcm_);
-    EXPECT_EQ(Open(far, TRN_OPEN_PROBE), 0);
+    const Bytes much = Tag(Garbage(100)) + Bytes(10'000, 0) + clean_;
+    EXPECT_EQ(Deliver(much), pcm_);
+    EXPECT_EQ(Open(much, TRN_OPEN_PROBE), 0);
 }
 
 TEST_F(RealTag, SizesThatLieAreSurvived) {

@@ -48,6 +48,6 @@ int Run(int argumentCount, char** argumentValues) {
 } // namespace mpatool
 
 int main(int argumentCount, char** argumentValues) {
-    os::TakeOverSignals();
+    os::PrepareProcess();
     return mpatool::Run(argumentCount, argumentValues);
 }

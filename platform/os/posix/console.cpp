@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -15,6 +16,14 @@ volatile std::sig_atomic_t g_interrupt = 0;
 
 void NoteInterrupt(int number) {
     g_interrupt = number;
+}
+
+/// Fills closed ones with something that cannot be used in their direction.
+void HoldStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0)
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
 }
 
 } // namespace
@@ -45,7 +54,8 @@ void WriteErrorText(std::string_view text) {
     }
 }
 
-void TakeOverSignals() {
+void PrepareProcess() {
+    HoldStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     for (const int number : kInterrupts) {
         struct sigaction earlier = {};

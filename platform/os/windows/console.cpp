@@ -68,7 +68,7 @@ void WriteErrorText(std::string_view text) {
     WriteFile(stream, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
-void TakeOverSignals() {
+void PrepareProcess() {
     SetConsoleCtrlHandler(NoteInterrupt, TRUE);
 }
 
