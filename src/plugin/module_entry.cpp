@@ -1,5 +1,12 @@
 // The module's entry: the exported function and, on Windows, the library's start-up and shut-down.
 
+#if defined(TRN_HAS_MFC)
+// Before anything that includes windows.h.
+#include <afxwin.h>
+
+#include <afxdllx.h>
+#endif
+
 #include "plugin/boundary.h"
 #include "plugin/plugin_module.h"
 #include "trnmpafileread/export.h"
@@ -22,9 +29,6 @@ extern "C" TRN_EXPORT PLUGIN_FILE_READER_MODULE* GetPluginReadModule() {
 #if defined(TRN_HAS_MFC)
 
 // The host is built on MFC and expects its plug-ins to be extension modules of it.
-#include <afxdllx.h>
-#include <afxwin.h>
-
 namespace {
 
 AFX_EXTENSION_MODULE g_extensionModule = {};

@@ -180,7 +180,8 @@ TEST_P(FrameBufferReader, RandomAccess) {
         Bytes buffer(count);
         source.SetPosition(static_cast<std::int64_t>(start));
         ASSERT_EQ(source.Read(buffer.data(), static_cast<int>(count)), count);
-        ASSERT_TRUE(std::equal(buffer.begin(), buffer.end(), content.begin() + static_cast<long>(start)));
+        ASSERT_TRUE(
+            std::equal(buffer.begin(), buffer.end(), content.begin() + static_cast<std::ptrdiff_t>(start)));
     }
 }
 
@@ -390,7 +391,7 @@ TEST(InfoTagKind, OtherTextsAndPlacesDoNotCount) {
         std::copy_n(text, 4, frame.begin() + 36);
         EXPECT_EQ(source.InfoTagKind(frame.data(), 417), 1) << text;
     }
-    for (const long offset : {13, 21, 35, 37}) {
+    for (const int offset : {13, 21, 35, 37}) {
         Bytes frame(417, 0);
         std::copy_n("Info", 4, frame.begin() + offset);
         EXPECT_EQ(source.InfoTagKind(frame.data(), 417), 1) << offset;

@@ -144,6 +144,22 @@ TEST(CbrEnd, ByRateCountsFromTheFirstFrame) {
     EXPECT_DOUBLE_EQ(*end, kLast / 16000.0 + 1152.0 / 44100);
 }
 
+TEST(CbrEnd, ByRateLooksAByteAround) {
+    constexpr int kLast = 198 * 20480 / 49;
+    constexpr int kBefore = 197 * 20480 / 49;
+    for (int shift = -2; shift <= 2; ++shift) {
+        Bytes bytes = test::PaddedFrames(200);
+        const auto place = bytes.begin() + kLast;
+        const Bytes header(place, place + 4);
+        std::fill_n(place, 4, std::uint8_t{0});
+        std::ranges::copy(header, place + shift);
+        const auto end = End(bytes, {}, CbrKind::kByRate);
+        ASSERT_TRUE(end);
+        const int found = shift >= -1 && shift <= 1 ? kLast + shift : kBefore;
+        EXPECT_DOUBLE_EQ(*end, found / 16000.0 + 1152.0 / 44100) << shift;
+    }
+}
+
 TEST(CbrEnd, ByRateGivesUpBeforeTheTail) {
     EXPECT_EQ(End(Behind(0, test::PaddedFrames(200), 600000), {}, CbrKind::kByRate), std::nullopt);
 }

@@ -4,7 +4,9 @@
 #include "support/test_files.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <limits>
 #include <random>
 
@@ -74,11 +76,12 @@ TEST_F(BlockReaderTest, ChangingTheBlockSizeKeepsThePosition) {
     BlockReader reader;
     ASSERT_TRUE(reader.Open(path_));
     Bytes buffer(100);
-    for (const std::size_t size : {7, 0, 1, 4096}) {
+    for (const std::size_t size : std::initializer_list<std::size_t>{7, 0, 1, 4096}) {
         const auto position = static_cast<std::size_t>(reader.Position());
         reader.SetBlockBytes(size);
         ASSERT_EQ(reader.Read(buffer), 100u);
-        EXPECT_TRUE(std::equal(buffer.begin(), buffer.end(), content_.begin() + static_cast<long>(position)));
+        EXPECT_TRUE(std::equal(buffer.begin(), buffer.end(),
+                               content_.begin() + static_cast<std::ptrdiff_t>(position)));
     }
 }
 
@@ -111,10 +114,11 @@ TEST_P(BlockSizes, RandomReadsGiveTheFilesBytes) {
         const std::size_t expected =
             position < kFileBytes ? std::min(buffer.size(), kFileBytes - position) : 0;
         ASSERT_EQ(reader.Read(buffer), expected) << "round " << round << ", position " << position;
-        ASSERT_TRUE(std::equal(buffer.begin(), buffer.begin() + static_cast<long>(expected),
-                               content_.begin() + static_cast<long>(std::min(position, kFileBytes))))
+        ASSERT_TRUE(
+            std::equal(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(expected),
+                       content_.begin() + static_cast<std::ptrdiff_t>(std::min(position, kFileBytes))))
             << "round " << round << ", position " << position;
-        ASSERT_TRUE(std::all_of(buffer.begin() + static_cast<long>(expected), buffer.end(),
+        ASSERT_TRUE(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(expected), buffer.end(),
                                 [](std::uint8_t byte) { return byte == 0xEE; }));
         position += expected;
         ASSERT_EQ(reader.Position(), static_cast<std::int64_t>(position));

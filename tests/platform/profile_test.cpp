@@ -76,13 +76,15 @@ TEST_F(ProfileFile, LongLinesAreSkipped) {
 }
 
 TEST_F(ProfileFile, RandomBytesDoNoHarm) {
+    const std::string marks = "[]=\r\n\"'x";
     std::mt19937 random(99);
     for (int round = 0; round < 100; ++round) {
-        Bytes bytes(random() % 2000);
-        for (std::uint8_t& byte : bytes)
-            byte = static_cast<std::uint8_t>(random() % 4 == 0 ? "[]=\r\n\"'x"[random() % 8] : random());
-        EXPECT_EQ(os::ReadProfileInt(test::Wide(scratch_.Add("a.ini", bytes)), L"CODEC", L"Key", kFallback),
-                  kFallback);
+        std::string bytes(random() % 2000, '\0');
+        for (char& byte : bytes)
+            byte = random() % 4 == 0 ? marks[random() % marks.size()] : static_cast<char>(random());
+        EXPECT_EQ(Read(test::Wide(scratch_.Add("garbage.ini", ToBytes(bytes)))), kFallback);
+        bytes += "\r\n[CODEC]\r\nKey=5\r\n";
+        EXPECT_EQ(Read(test::Wide(scratch_.Add("behind.ini", ToBytes(bytes)))), 5);
     }
 }
 

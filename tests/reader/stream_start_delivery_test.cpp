@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace trnmpa;
 using test::Bytes;
 using test::Engine;

@@ -168,7 +168,7 @@ TEST(LowRateLayer2, IsNotDescribedWithoutAnIndexAndReadWithOne) {
         ASSERT_NE(reader, nullptr);
         const Pcm reference = stream.Reference();
         const Pcm delivered = ReadThrough(*reader, stream.SamplesWithIndex(), 5000);
-        const auto frame = static_cast<std::ptrdiff_t>(stream.SamplesPerFrame() * stream.channels);
+        const std::ptrdiff_t frame = stream.ValuesPerFrame();
         ASSERT_EQ(delivered.size(), reference.size() - static_cast<std::size_t>(frame));
         // The filterbank lacks the frame before.
         const Pcm laterReference(reference.begin() + 2 * frame, reference.end());

@@ -65,7 +65,7 @@ Pcm RealStream::Reference() const {
 Pcm RealStream::ExpectedDelivery() const {
     Pcm samples = Reference();
     if (HasDecodedTagFrame())
-        samples.insert(samples.begin(), static_cast<std::size_t>(SamplesPerFrame() * channels), 0);
+        samples.insert(samples.begin(), static_cast<std::size_t>(ValuesPerFrame()), 0);
     if (layer == 3)
         samples.erase(samples.begin(), samples.begin() + kLayer3Delay * channels);
     return samples;

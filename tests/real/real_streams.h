@@ -31,6 +31,8 @@ struct RealStream {
     bool IsFreeFormat() const { return kind == "free"; }
     bool IsLowRateLayer2() const { return layer == 2 && version != "1"; }
     int SamplesPerFrame() const { return layer == 3 && version != "1" ? 576 : 1152; }
+    /// Of all channels.
+    int ValuesPerFrame() const { return SamplesPerFrame() * channels; }
 
     /// An "Info" frame stands where the sample reader looks for it in MPEG-1 streams of two channels only.
     bool HasSkippedTagFrame() const { return tag == "Info" && version == "1" && channels == 2; }

@@ -155,8 +155,7 @@ TEST_F(RealTag, TagFramesByName) {
         std::memcpy(renamed.data() + 36, name, 4);
         EXPECT_EQ(Open(renamed, TRN_OPEN_PROBE), probed);
         const Pcm delivered = Deliver(scratch_.Add("renamed.mp3", renamed), oneFrameMore);
-        ASSERT_EQ(delivered.size(),
-                  skipped.size() + static_cast<std::size_t>(tagged.SamplesPerFrame() * tagged.channels));
+        ASSERT_EQ(delivered.size(), skipped.size() + static_cast<std::size_t>(tagged.ValuesPerFrame()));
         // The delay falls into the tag frame's silence, so what was cut off before now stands in front.
         EXPECT_TRUE(std::equal(skipped.rbegin(), skipped.rend(), delivered.rbegin()));
     }

@@ -2,7 +2,7 @@
 
 #include "os/paths.h"
 
-#include <array>
+#include <algorithm>
 #include <stdexcept>
 
 namespace test {
@@ -38,7 +38,7 @@ RunningProcess::RunningProcess(const fs::path& program, const std::vector<std::s
 
 std::string RunningProcess::ReadOutput(std::size_t bytes) {
     std::string output;
-    std::array<std::uint8_t, 65536> part;
+    std::vector<std::uint8_t> part(65536);
     while (output.size() < bytes) {
         const std::size_t read =
             process_.ReadOutput(std::span(part).first(std::min(part.size(), bytes - output.size())));

@@ -7,7 +7,6 @@
 
 namespace {
 
-using mpatool::PcmFormat;
 using mpatool::WaveHeader;
 
 using Bytes = std::vector<std::uint8_t>;

@@ -146,6 +146,19 @@ std::optional<Time> ParseUnits(Decimal number, std::string_view text) {
     }
 }
 
+/// "1:02", "1:00:02".
+std::string Clock(std::int64_t seconds) {
+    const auto hours = static_cast<long long>(seconds / kSecondsPerHour);
+    const auto minutes = static_cast<int>(seconds / kSecondsPerMinute % 60);
+    const auto rest = static_cast<int>(seconds % kSecondsPerMinute);
+    char text[48];
+    if (hours > 0)
+        std::snprintf(text, sizeof text, "%lld:%02d:%02d", hours, minutes, rest);
+    else
+        std::snprintf(text, sizeof text, "%d:%02d", minutes, rest);
+    return text;
+}
+
 } // namespace
 
 std::optional<StreamLength> ParseStreamLength(std::string_view text) {
@@ -178,24 +191,15 @@ std::int64_t ToSamples(const StreamLength& length, std::uint32_t sampleRate) {
 }
 
 std::string FormatTime(double seconds) {
-    const auto milliseconds = static_cast<std::int64_t>(std::llround(std::abs(seconds) * 1000));
+    const std::int64_t milliseconds = std::llround(std::abs(seconds) * 1000);
     char fraction[8];
     std::snprintf(fraction, sizeof fraction, ".%03d", static_cast<int>(milliseconds % 1000));
     const std::string sign = seconds < 0 && milliseconds != 0 ? "-" : "";
-    return sign + FormatWholeSeconds(static_cast<double>(milliseconds / 1000)) + fraction;
+    return sign + Clock(milliseconds / 1000) + fraction;
 }
 
 std::string FormatWholeSeconds(double seconds) {
-    const auto total = static_cast<std::int64_t>(std::max(seconds, 0.0));
-    const auto hours = static_cast<long long>(total / kSecondsPerHour);
-    const auto minutes = static_cast<int>(total / kSecondsPerMinute % 60);
-    const auto rest = static_cast<int>(total % kSecondsPerMinute);
-    char text[48];
-    if (hours > 0)
-        std::snprintf(text, sizeof text, "%lld:%02d:%02d", hours, minutes, rest);
-    else
-        std::snprintf(text, sizeof text, "%d:%02d", minutes, rest);
-    return text;
+    return Clock(static_cast<std::int64_t>(std::max(seconds, 0.0)));
 }
 
 } // namespace mpatool

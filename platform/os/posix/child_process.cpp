@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    posix_spawn_file_actions_t actions_;
+    posix_spawn_file_actions_t actions_ = {};
 };
 
 bool MakePipe(int (&ends)[2]) {
@@ -58,9 +58,11 @@ bool ChildProcess::Start(const ChildProcessSetup& setup) {
     actions.Fill(setup, ends[1]);
 
     std::vector<std::string> words = {NarrowToUtf8(setup.program)};
+    words.reserve(setup.arguments.size() + 1);
     for (const std::wstring& argument : setup.arguments)
         words.push_back(NarrowToUtf8(argument));
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);
