@@ -11,9 +11,10 @@
 ///         reader->OpenFile(path, TRN_OPEN_SAMPLE_READER) == 1) {
 ///         unsigned char* pcm = nullptr;
 ///         std::int32_t bytes = 0;
-///         for (std::int64_t start = 0; reader->ReadSamples(0, start, 44100, &pcm, &bytes) == 1; start +=
-///         44100)
-///             consume(pcm, bytes);
+///         // `samples`: as many as the host wants; behind the end it gets silence, not a failure.
+///         for (std::int64_t start = 0; start < samples; start += 4096)
+///             if (reader->ReadSamples(0, start, 4096, &pcm, &bytes) == 1)
+///                 consume(pcm, bytes);
 ///     }
 ///     delete reader;
 ///     delete module;
@@ -27,6 +28,7 @@
 #pragma once
 
 #include "os/windows_macros.h"
+#include "trnmpafileread/export.h"
 
 #include <cstdint>
 #include <string>
@@ -114,7 +116,8 @@ public:
     /// Describes the file. With TRN_FILE_INFO_PROBE, `record` points to a TRN_MEDIA_INFO2 that is filled from
     /// the probe; with TRN_FILE_INFO_SAMPLE_READER, to a KW_MEDIA_BASE_INFO_ST whose audio format is that of
     /// the PCM that ReadSamples delivers. 1 on success; 0 for another kind, a null record or a missing
-    /// engine. (Both records are the media-detection library's.)
+    /// engine; after a failed open of the sample reader that engine's negative code. (Both records are the
+    /// media-detection library's.)
     virtual std::int32_t GetFileInfo(std::int32_t kind, void* record) = 0;
 
     /// Does nothing; gives 0.
@@ -123,9 +126,10 @@ public:
     /// Reads `count` samples per channel from sample `start` (both per channel, from the start of the stream)
     /// as signed 16-bit interleaved PCM. `stream` is ignored. On success (1) `*data` points to the PCM and
     /// `*size` holds its length in bytes (count x channels x 2); the buffer belongs to the reader and stays
-    /// valid until its next ReadSamples, OpenFile or destruction. A request that touches the end of the
-    /// stream is answered with silence of the full length. 0 without a sample reader, for a negative start, a
-    /// zero count, a request of 2 GiB or more, or a decoder failure.
+    /// valid until its next ReadSamples, OpenFile or destruction. A request that needs anything behind the
+    /// end of the stream is answered with silence of the full length. 0 without an opened sample reader, for
+    /// a null pointer, a negative start, a zero count, a request of 2 GiB or more or beyond memory, or a
+    /// decoder failure.
     virtual std::int32_t ReadSamples(std::uint32_t stream, std::int64_t start, std::uint32_t count,
                                      unsigned char** data, std::int32_t* size) = 0;
 
@@ -157,6 +161,9 @@ public:
     virtual std::int32_t ModuleReserved2() = 0;
 };
 
-/// Type of the module's entry, exported under its plain name "GetPluginReadModule". Gives a new module
-/// object, or null when memory runs out.
+/// The module's entry, exported under its plain name. Gives a new module object, or null when memory runs
+/// out.
+extern "C" TRN_EXPORT PLUGIN_FILE_READER_MODULE* GetPluginReadModule();
+
+/// Its type, for hosts that look it up at run time.
 using GetPluginReadModuleFunction = PLUGIN_FILE_READER_MODULE* (*)();

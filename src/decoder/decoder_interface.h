@@ -50,10 +50,14 @@ inline constexpr int kMaximumFramePcmValues = 2304;
 class IAMPDecoder {
 public:
     virtual ~IAMPDecoder() = default;
+
+    /// Name and version of the decoder, a constant text.
     virtual const char* GetIdentification() = 0;
 
     /// Forgets the signal and the buffered bits; keeps the format that the first header fixed.
     virtual void Reset() = 0;
+
+    /// Where the bytes come from; not owned.
     virtual void SetBitsource(IAMPBitsource* source) = 0;
 
     /// Where DecodeFrame writes; room for kMaximumFramePcmValues.
@@ -68,6 +72,8 @@ public:
 
     /// The text for an AMPError code.
     virtual const char* GetErrorText(int code) = 0;
+
+    /// Does nothing.
     virtual void Close() = 0;
 
     /// Finds and reads the next header, the CRC word and the side information. At the end of the data the
@@ -76,6 +82,9 @@ public:
 
     /// Passes the body of the frame; layer III main data still enters the reservoir.
     virtual void SkipFrame() = 0;
+
+    /// Decodes the body of the frame into the output buffer and gives true; false, with nothing read, when no
+    /// header was found or no output buffer is set.
     virtual bool DecodeFrame() = 0;
 };
 

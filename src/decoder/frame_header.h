@@ -29,6 +29,8 @@ struct DecoderHeader {
     std::int32_t frameBytes = 0;
 
     bool IsJointStereo() const { return mode == 1; }
+    /// Layers I and II: first subband that both channels share (2.4.2.3).
+    int JointStereoBound() const { return IsJointStereo() ? 4 * modeExtension + 4 : 32; }
     int GranuleCount() const { return lowSamplingFrequency != 0 ? 1 : 2; }
     /// Row of the band tables: MPEG-1, MPEG-2, MPEG 2.5.
     int BandTableRow() const { return lowSamplingFrequency + mpeg25; }

@@ -1,6 +1,5 @@
 #include "decoder/layer1.h"
 
-#include "decoder/layer2.h"
 #include "decoder/tables/layer2_tables.h"
 
 namespace trnmpa {
@@ -57,14 +56,14 @@ void ReadSlot(AMPBitstream& bits, int channels, int bound, const Layer1Allocatio
 int DecodeLayer1(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes, SynthesisBank& synthesis,
                  std::int16_t* pcm) {
     bits.FillLinear(bodyBytes);
-    const int bound = JointStereoBound(header);
+    const int bound = header.JointStereoBound();
     Layer1Allocation frame;
     ReadAllocation(bits, header.channels, bound, frame);
     ReadScaleFactors(bits, header.channels, frame);
     for (int i = 0; i < kSlotsPerFrame; ++i) {
         float slot[2][kSubbands] = {};
         ReadSlot(bits, header.channels, bound, frame, slot);
-        SynthesiseSlot(synthesis, header.channels, slot[0], slot[1], pcm + i * kSubbands * header.channels);
+        synthesis.SynthesiseSlot(header.channels, slot[0], slot[1], pcm + i * kSubbands * header.channels);
     }
     return kSlotsPerFrame * kSubbands * header.channels;
 }

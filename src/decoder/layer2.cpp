@@ -132,24 +132,12 @@ void ReadGranule(AMPBitstream& bits, const Layer2Frame& frame, int part, Subband
 
 } // namespace
 
-int JointStereoBound(const DecoderHeader& header) {
-    return header.IsJointStereo() ? 4 * header.modeExtension + 4 : kSubbands;
-}
-
-void SynthesiseSlot(SynthesisBank& synthesis, int channels, SynthesisBank::Slot left,
-                    SynthesisBank::Slot right, std::int16_t* pcm) {
-    if (channels == 1)
-        synthesis.SynthesiseMono(left, false, pcm);
-    else
-        synthesis.SynthesiseStereo(left, right, false, pcm);
-}
-
 int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes, SynthesisBank& synthesis,
                  std::int16_t* pcm) {
     bits.FillLinear(bodyBytes);
     Layer2Frame frame;
     frame.channels = header.channels;
-    frame.bound = JointStereoBound(header);
+    frame.bound = header.JointStereoBound();
     const int table = ChooseTable(header);
     if (table != kNoTable) {
         ReadAllocation(bits, table, frame);
@@ -159,7 +147,7 @@ int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     for (int granule = 0; granule < kGranules; ++granule) {
         ReadGranule(bits, frame, granule / 4, slots);
         for (int i = 0; i < kSlotsPerGranule; ++i) {
-            SynthesiseSlot(synthesis, frame.channels, slots[0][i], slots[1][i], pcm);
+            synthesis.SynthesiseSlot(frame.channels, slots[0][i], slots[1][i], pcm);
             pcm += kSubbands * frame.channels;
         }
     }

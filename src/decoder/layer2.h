@@ -8,13 +8,6 @@
 
 namespace trnmpa {
 
-/// First subband that both channels share: 4 x mode extension + 4 in joint stereo, else 32.
-int JointStereoBound(const DecoderHeader& header);
-
-/// Synthesises one time slot of one or two channels without frequency inversion.
-void SynthesiseSlot(SynthesisBank& synthesis, int channels, SynthesisBank::Slot left,
-                    SynthesisBank::Slot right, std::int16_t* pcm);
-
 /// Decodes the body of a layer II frame (ISO/IEC 11172-3, 2.4.1.6), `bodyBytes` long, to `pcm`; gives the
 /// number of values written. A combination of mode and bit rate that the standard forbids decodes to zeros.
 int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes, SynthesisBank& synthesis,

@@ -21,6 +21,13 @@ void SynthesisBank::SynthesiseStereo(Slot left, Slot right, bool invertFrequency
     StepPhase();
 }
 
+void SynthesisBank::SynthesiseSlot(int channels, Slot left, Slot right, std::int16_t* pcm) {
+    if (channels == 1)
+        SynthesiseMono(left, false, pcm);
+    else
+        SynthesiseStereo(left, right, false, pcm);
+}
+
 void SynthesisBank::SynthesiseChannel(int channel, Slot subbands, bool invertFrequency, std::int16_t* pcm,
                                       int stride) {
     SynthesisRing& ring = ring_[channel];

@@ -21,6 +21,9 @@ public:
     /// The same for two channels: 32 interleaved pairs.
     void SynthesiseStereo(Slot left, Slot right, bool invertFrequency, std::int16_t* pcm);
 
+    /// One time slot of one or two channels without frequency inversion, as layers I and II need it.
+    void SynthesiseSlot(int channels, Slot left, Slot right, std::int16_t* pcm);
+
 private:
     void SynthesiseChannel(int channel, Slot subbands, bool invertFrequency, std::int16_t* pcm, int stride);
     void StepPhase() { phase_ = (phase_ - 1) & (SynthesisRing::kSlots - 1); }

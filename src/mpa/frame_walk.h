@@ -24,15 +24,13 @@ std::int32_t DecoderFrameBytes(const MpaFrameHeader& header) noexcept;
 std::int32_t SideInformationBytes(const MpaFrameHeader& header) noexcept;
 
 /// Walks from frame to frame the way the decoder and the sample reader do together:
-/// - a header passes that is valid and agrees with the first one of the decoder's life in version bit, layer
-/// and
-///   sample-rate index; other bytes are stepped over one by one;
-/// - a frame that also agrees with the stream's format (sample rate, single channel or not) is delivered, and
-/// the
-///   search goes on at its end;
-/// - of another frame the header, the CRC word and the side information are consumed, and the search goes on
-///   behind them;
-/// - a frame that the end of the data cuts off ends the walk.
+/// - A header passes that is valid and agrees with the first one of the decoder's life in version bit, layer
+///   and sample-rate index; bytes that cannot begin one are stepped over.
+/// - A frame that also agrees with the stream's format (sample rate, single channel or not) is delivered, and
+///   the search goes on at its end.
+/// - Of another frame the header, the CRC word and the side information are consumed, and the search goes on
+///   behind them.
+/// - A frame that the end of the data cuts off ends the walk.
 ///
 ///     FrameWalk walk(source, start);
 ///     while (const auto frame = walk.Next())

@@ -58,15 +58,17 @@ std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::si
     std::uint8_t* pcm = pcmBufferA_.Require(bytes);
     bool decoded = true;
     try {
-        if (!CanContinue(stream_.targetFrame, offset) && !Reposition(stream_.targetFrame))
+        if (!CanContinue(stream_.targetFrame, offset) && !Reposition(stream_.targetFrame, decoded))
             return Silence(bytes, data);
-        decoded = ReadSequentially(offset, pcm, bytes);
+        decoded &= ReadSequentially(offset, pcm, bytes);
     } catch (int code) {
         ForgetPosition();
         return code == AMP_ERR_END_OF_STREAM ? Silence(bytes, data) : kUnexpectedException;
     }
-    if (!decoded)
+    if (!decoded) {
+        ForgetPosition();
         return kDecodeFailed;
+    }
     data = pcm;
     if (stream_.frameInfo.layer == 3) {
         data = outputBuffer_.Require(bytes);
@@ -99,8 +101,9 @@ void KwMpAudioReader2::ForgetPosition() {
     stream_.nextFrame.reset();
 }
 
-/// Decodes `frame` after its pre-roll into pcmBufferB. False when its place lies outside the stream.
-bool KwMpAudioReader2::Reposition(std::int64_t frame) {
+/// Stands before `frame` with decoder and source, its pre-roll behind them. False when its place lies outside
+/// the stream.
+bool KwMpAudioReader2::Reposition(std::int64_t frame, bool& decoded) {
     ForgetPosition();
     const std::int64_t start = FindPrerollStart(frame);
     if (start == 0)
@@ -112,7 +115,7 @@ bool KwMpAudioReader2::Reposition(std::int64_t frame) {
     const std::int64_t firstDecoded = frame - stream_.preroll.decodedFrames;
     for (std::int64_t i = start; i < frame; ++i) {
         if (i >= firstDecoded) {
-            DecodeNextFrame();
+            decoded &= DecodeNextFrame();
         } else {
             ReadAgreeingHeader();
             decoder_->SkipFrame();

@@ -1,12 +1,14 @@
 #include "reader/sample_reader.h"
 
-#include "os/paths.h"
+#include "os/automation_string.h"
 #include "plugin/module_log.h"
 #include "plugin/module_settings.h"
 #include "reader/result_codes.h"
+#include "trcommontoolsr/file_access.h"
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace trnmpa {
 
@@ -15,6 +17,7 @@ namespace {
 constexpr std::size_t kPcmBufferBytes = 15360;
 constexpr std::uint32_t kIndexBlockKiB = 512;
 constexpr std::uint32_t kStorageIndexBlockKiB = 64;
+constexpr std::int32_t kReadMode = 1;
 constexpr std::int32_t kExternalDecoder = 1;
 
 /// The settings are read before the selector is kept.
@@ -86,39 +89,49 @@ std::int32_t KwMpAudioReader2::CreateDecoder() {
 std::int32_t KwMpAudioReader2::SetInputFile(const std::wstring& path) {
     try {
         // A second file starts from a new decoder: the old one is locked to the first file's format.
-        if (!stream_.path.empty()) {
+        if (stream_.hasFile) {
             const std::int32_t result = Initialize();
             if (result != kSuccess)
                 return result;
         }
         if (mediaSource_ == nullptr)
             return kNoDecoder;
+        stream_.hasFile = true;
         stream_.path = path;
         mediaSource_->UseEasyFile(0, MediaBlockKiB());
-        const std::wstring indexPath = IndexPathFor(path);
-        if (IsStoragePath(path))
-            return OpenIndexFile(indexPath, true);
-        if (TRCT_FileExists(os::ToAutomationString(indexPath)) == 0)
-            return kSuccess;
-        // TRN_EasyFile does not report a failed open.
-        return os::IsReadable(indexPath) ? OpenIndexFile(indexPath, false) : 0;
+        return FindIndex();
     } catch (...) {
         return kUnexpectedException;
     }
 }
 
-std::int32_t KwMpAudioReader2::OpenIndexFile(const std::wstring& indexPath, bool isStoragePath) {
-    stream_.hasIndex = true;
-    indexSource_ = std::make_unique<CMpAudioFrameBufferReader>();
-    indexSource_->UseEasyFile(0, isStoragePath ? kStorageIndexBlockKiB : kIndexBlockKiB);
-    const std::int32_t opened = indexSource_->Open(indexPath);
-    if (!isStoragePath)
-        return opened;
-    if (opened == 0) {
-        indexSource_.reset();
-        stream_.hasIndex = false;
+std::int32_t KwMpAudioReader2::FindIndex() {
+    const std::wstring indexPath = IndexPathFor(stream_.path);
+    if (IsStoragePath(stream_.path)) {
+        OpenIndexFile(indexPath, kStorageIndexBlockKiB);
+        return kSuccess;
     }
-    return kSuccess;
+    if (TRCT_FileExists(os::ToAutomationString(indexPath)) == 0)
+        return kSuccess;
+    // TRN_EasyFile does not report a failed open. Without its index the file's positions would be others, so
+    // it is not opened at all.
+    TRCT_FileAccess readable;
+    if (readable.OpenFile(os::ToAutomationString(indexPath), kReadMode) == 0) {
+        Initialize();
+        return 0;
+    }
+    return OpenIndexFile(indexPath, kIndexBlockKiB);
+}
+
+std::int32_t KwMpAudioReader2::OpenIndexFile(const std::wstring& indexPath, std::uint32_t blockKiB) {
+    auto index = std::make_unique<CMpAudioFrameBufferReader>();
+    index->UseEasyFile(0, blockKiB);
+    const std::int32_t opened = index->Open(indexPath);
+    if (opened != 0) {
+        indexSource_ = std::move(index);
+        stream_.hasIndex = true;
+    }
+    return opened;
 }
 
 std::int32_t KwMpAudioReader2::GetStreamInfo(KW_MEDIA_BASE_INFO_ST* record) {

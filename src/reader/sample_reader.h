@@ -58,6 +58,7 @@ public:
 private:
     /// What one open file needs; Close starts it afresh.
     struct Stream {
+        bool hasFile = false; ///< SetInputFile was called
         std::wstring path;
         WAVEFORMATEX format = {};
         AMPFrameInfo frameInfo;
@@ -83,7 +84,8 @@ private:
     bool UsesBuiltInDecoder() const { return decoderUse_ == 0; }
 
     std::int32_t CreateDecoder();
-    std::int32_t OpenIndexFile(const std::wstring& indexPath, bool isStoragePath);
+    std::int32_t FindIndex();
+    std::int32_t OpenIndexFile(const std::wstring& indexPath, std::uint32_t blockKiB);
     std::int32_t CompleteOpen();
 
     // Open with an index.
@@ -103,7 +105,7 @@ private:
     std::int32_t Silence(std::size_t bytes, unsigned char*& data);
     bool HasFrames() const;
     bool CanContinue(std::int64_t frame, std::int64_t offset) const;
-    bool Reposition(std::int64_t frame);
+    bool Reposition(std::int64_t frame, bool& decoded);
     bool ReadSequentially(std::int64_t offset, std::uint8_t* pcm, std::size_t bytes);
     std::int64_t FindPrerollStart(std::int64_t frame);
     std::optional<std::int64_t> FrameOffset(std::int64_t frame) const;

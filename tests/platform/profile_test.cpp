@@ -69,6 +69,11 @@ TEST_F(ProfileFile, UnicodeNames) {
         EXPECT_EQ(Read(test::Wide(scratch_.Add(name, ToBytes("[CODEC]\r\nKey=5\r\n")))), 5) << name;
 }
 
+TEST_F(ProfileFile, PathOfMoreThanFourHundredCharacters) {
+    const test::LongPathFile sample(ToBytes("[CODEC]\r\nKey=5\r\n"));
+    EXPECT_EQ(Read(sample.Path()), 5);
+}
+
 TEST_F(ProfileFile, LongLinesAreSkipped) {
     const std::string filler(100'000, 'x');
     const std::string content = "[CODEC]\r\nOther=" + filler + "\r\n" + filler + "=1\r\nKey=5\r\n";

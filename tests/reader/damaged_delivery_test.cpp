@@ -126,6 +126,17 @@ TEST_F(DamagedDelivery, AFileThatShrinksEndsEarlier) {
     EXPECT_EQ(engine.Read(5000, 2000), Expected(5000, 2000));
 }
 
+TEST_F(DamagedDelivery, WhereTheFileEndedIsLookedUpAgain) {
+    const auto path =
+        folder_.Add("stream.mp3", Bytes(stream_.bytes.begin(), stream_.bytes.begin() + 180 * 417 + 200));
+    const std::int64_t end = 180 * 1152 - 1100;
+    Engine engine(path);
+    ASSERT_EQ(engine.Read(end - 3000, 3000), Expected(end - 3000, 3000));
+    EXPECT_EQ(engine.Read(end, 1), test::Pcm(2, 0));
+    test::WriteFile(path, stream_.bytes);
+    EXPECT_EQ(engine.Read(end, 1152), Expected(end, 1152));
+}
+
 TEST_F(DamagedDelivery, WhatIsHeldIsNotReadAgain) {
     const auto path = folder_.Add("stream.mp3", stream_.bytes);
     Engine engine(path);

@@ -106,7 +106,7 @@ TEST_F(Open, RefusesLayerOneAndFreeFormat) {
 }
 
 TEST_F(Open, ACutFirstFrameFailsTheOpen) {
-    for (const std::size_t length : {4u, 5u, 20u, 35u, 36u, 100u, 416u})
+    for (const std::ptrdiff_t length : {4, 5, 20, 35, 36, 100, 416})
         EXPECT_EQ(ResultOf(Bytes(stream_.bytes.begin(), stream_.bytes.begin() + length)), kOpenFailed)
             << length;
     EXPECT_EQ(ResultOf(Bytes(stream_.bytes.begin(), stream_.bytes.begin() + 417)), kSuccess);
