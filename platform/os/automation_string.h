@@ -53,6 +53,7 @@ public:
         : m_str(length >= 0 ? SysAllocStringLen(text, static_cast<unsigned int>(length)) : nullptr) {}
 
     /// Copies up to the terminating zero; null gives null.
+    // NOLINTNEXTLINE(google-explicit-constructor): as the class that it stands for
     CComBSTR(const wchar_t* text) {
         const std::wstring_view view(text != nullptr ? text : L"");
         if (text != nullptr && view.size() <= INT_MAX)
@@ -68,6 +69,7 @@ public:
     ~CComBSTR() { SysFreeString(m_str); }
 
     unsigned int Length() const { return SysStringLen(m_str); }
+    // NOLINTNEXTLINE(google-explicit-constructor): as the class that it stands for
     operator BSTR() const { return m_str; }
 
     BSTR m_str = nullptr;

@@ -89,7 +89,8 @@ bool IsTakenAsConstant(const Stream& stream) {
 std::vector<std::uint8_t> ExpectedStream::Answer(std::int64_t start, std::uint32_t count) const {
     std::vector<std::uint8_t> answer(static_cast<std::size_t>(count) * static_cast<std::size_t>(blockAlign));
     if (start <= samples - static_cast<std::int64_t>(count))
-        std::copy_n(pcm.begin() + static_cast<std::ptrdiff_t>(start * blockAlign), answer.size(), answer.begin());
+        std::copy_n(pcm.begin() + static_cast<std::ptrdiff_t>(start * blockAlign), answer.size(),
+                    answer.begin());
     return answer;
 }
 

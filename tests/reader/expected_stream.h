@@ -29,8 +29,8 @@ ExpectedStream AddIndexedStream(const ScratchFolder& folder, const bitstream::St
 /// Writes the stream alone.
 ExpectedStream AddPlainStream(const ScratchFolder& folder, const bitstream::Stream& stream);
 
-/// True when every frame of the stream can be found by the sample reader's arithmetic: its estimate for frame n
-/// lies behind header n - 1 and not behind header n.
+/// True when every frame of the stream can be found by the sample reader's arithmetic: its estimate for frame
+/// n lies behind header n - 1 and not behind header n.
 bool IsFoundByArithmetic(const bitstream::Stream& stream);
 
 } // namespace test

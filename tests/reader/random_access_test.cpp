@@ -1,4 +1,5 @@
-// Exact delivery from any position after any history: thousands of random requests against one sequential decode.
+// Exact delivery from any position after any history: thousands of random requests against one sequential
+// decode.
 
 #include "reader/expected_stream.h"
 #include "reader/sample_reader.h"
@@ -51,12 +52,14 @@ private:
         case 4: // a frame's first sample
             return std::max<std::int64_t>(frame * stream_.samplesPerFrame - stream_.skippedSamples, 0);
         case 5: // beside it
-            return std::max<std::int64_t>(
-                frame * stream_.samplesPerFrame - stream_.skippedSamples + static_cast<std::int64_t>(Below(3)) - 1, 0);
+            return std::max<std::int64_t>(frame * stream_.samplesPerFrame - stream_.skippedSamples +
+                                              static_cast<std::int64_t>(Below(3)) - 1,
+                                          0);
         case 6: // near the end
             return std::max<std::int64_t>(stream_.samples - static_cast<std::int64_t>(Below(3000)), 0);
         case 7: // behind it
-            return Below(4) == 0 ? stream_.samples + static_cast<std::int64_t>(Below(100000)) : nextStart_ / 2;
+            return Below(4) == 0 ? stream_.samples + static_cast<std::int64_t>(Below(100000))
+                                 : nextStart_ / 2;
         default:
             return static_cast<std::int64_t>(Below(stream_.samples));
         }

@@ -45,7 +45,7 @@ void SynthesiseHybrid(const GranuleInfo& info, const BandLayout& layout, int non
             FlushOverlap(overlap[subband], output, kSubbands);
             continue;
         }
-        const auto lines = spectrum.subspan(static_cast<std::size_t>(subband * kLinesPerSubband));
+        const auto lines = spectrum.subspan(static_cast<std::size_t>(subband) * kLinesPerSubband);
         InverseMdct(lines.first<kLinesPerSubband>(), BlockTypeOf(info, subband), overlap[subband], output,
                     kSubbands);
     }
