@@ -121,6 +121,6 @@ public:
 
 } // namespace
 
-extern "C" PLUGIN_FILE_READER_MODULE* GetPluginReadModule() {
+extern "C" TRN_EXPORT PLUGIN_FILE_READER_MODULE* GetPluginReadModule() {
     return new CountingModule;
 }

@@ -1,11 +1,12 @@
 #include "os/paths.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>
-#include <limits.h>
+
 #include <memory>
 #include <sstream>
 #include <unistd.h>
