@@ -30,6 +30,8 @@ TEST(AutomationString, KeepsLengthAndTerminator) {
 
 TEST(AutomationString, LengthInBytesStandsBeforeTheText) {
     const CComBSTR text = os::ToAutomationString(L"abcd");
+    if (text.m_str == nullptr)
+        FAIL() << "no memory";
     std::uint32_t bytes = 0;
     std::memcpy(&bytes, reinterpret_cast<const char*>(text.m_str) - sizeof bytes, sizeof bytes);
     EXPECT_EQ(bytes, 4 * sizeof(wchar_t));
@@ -64,7 +66,7 @@ TEST(AutomationString, CopiesAreIndependent) {
 TEST(AutomationString, MovingLeavesNull) {
     CComBSTR first = os::ToAutomationString(L"first");
     const CComBSTR second = std::move(first);
-    EXPECT_EQ(first.m_str, nullptr);
+    EXPECT_EQ(first.m_str, nullptr); // NOLINT(bugprone-use-after-move): that state is the point
     EXPECT_EQ(os::CharactersOf(second), L"first");
 }
 

@@ -78,6 +78,7 @@ TEST_F(ModuleLog, ManyThreads) {
     constexpr int kThreads = 4;
     constexpr int kRounds = 50;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int number = 0; number < kThreads; ++number) {
         threads.emplace_back([number] {
             for (int round = 0; round < kRounds; ++round) {

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>
-
 #include <memory>
 #include <sstream>
 #include <unistd.h>
