@@ -83,7 +83,9 @@ TEST(SideInformation, WindowSwitchingFixesTheRegions) {
     for (const int blockType : {0, 1, 2, 3}) {
         for (const int mixed : {0, 1}) {
             BitWriter writer;
-            writer.Write(0, 9 + 5 + 4 + 12 + 9 + 8 + 4);
+            writer.Write(0, 9 + 5 + 4); // main_data_begin, private bits, selection
+            writer.Write(0, 12 + 9 + 8 + 4 - 1);
+            writer.Write(0, 1);
             writer.Write(1, 1);
             writer.Write(blockType, 2);
             writer.Write(mixed, 1);
