@@ -1,14 +1,30 @@
-# trn_export_symbols(TARGET LIST): exports from a shared library exactly the names in the file LIST, one a line,
-# through a module-definition file on Windows and a version script elsewhere.
+# trn_export_symbols(TARGET LIST): exports from a shared library exactly what the file LIST names, one a line: a plain
+# name, or "class NAME" for all that belongs to a class. On Windows classes export themselves (TRN_EXPORT) and the names
+# stand in a module-definition file; elsewhere all is told by a version script.
 function(trn_export_symbols target list)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list}")
-    file(STRINGS "${list}" names)
+    file(STRINGS "${list}" lines)
+    set(names)
+    set(classes)
+    foreach(line IN LISTS lines)
+        if(line MATCHES "^class (.+)$")
+            list(APPEND classes ${CMAKE_MATCH_1})
+        else()
+            list(APPEND names ${line})
+        endif()
+    endforeach()
     if(WIN32)
         list(JOIN names "\n    " body)
         set(definitions "${CMAKE_CURRENT_BINARY_DIR}/${target}.def")
         file(CONFIGURE OUTPUT "${definitions}" CONTENT "EXPORTS\n    ${body}\n" @ONLY)
         target_sources(${target} PRIVATE "${definitions}")
     else()
+        # As the Itanium C++ ABI writes them: members, virtual table, type description and its name.
+        foreach(class IN LISTS classes)
+            string(LENGTH ${class} length)
+            list(APPEND names _ZN${length}${class}* _ZNK${length}${class}*)
+            list(APPEND names _ZTV${length}${class} _ZTI${length}${class} _ZTS${length}${class})
+        endforeach()
         list(JOIN names ";\n        " body)
         set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
         file(CONFIGURE OUTPUT "${script}" CONTENT "{\n    global:\n        ${body};\n    local:\n        *;\n};\n" @ONLY)

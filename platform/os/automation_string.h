@@ -28,18 +28,7 @@ __declspec(dllimport) void __stdcall SysFreeString(BSTR text);
 
 #else
 
-/// A zero-terminated wide string with its length in bytes in the 32 bits before it. Null is the empty string.
-using BSTR = wchar_t*;
-
-/// A new string of `length` characters copied from `text` (zeros when `text` is null), to be freed with
-/// SysFreeString. Null when memory runs out or the length in bytes does not fit 32 bits.
-BSTR SysAllocStringLen(const wchar_t* text, unsigned int length);
-
-/// Characters of the string, the terminating zero not counted; 0 for null.
-unsigned int SysStringLen(BSTR text);
-
-/// Frees the string; null is allowed.
-void SysFreeString(BSTR text);
+#include "os/posix/automation_string.h"
 
 #endif
 

@@ -57,10 +57,16 @@ public:
 
     /// Makes a new file; fails when the name is taken.
     bool Create(const std::wstring& path);
+    /// Makes an empty file or empties the regular file of that name, shared with readers and other writers.
+    /// Refuses what is no regular file, and paths with a zero in them.
+    bool CreateAlways(const std::wstring& path);
     /// Opens what is there, without cutting it: a device or a pipe.
     bool OpenExisting(const std::wstring& path);
     /// Takes this process's standard output, which Close leaves open.
     bool OpenStandardOutput();
+
+    /// Where the next write goes, from the start of the file. False when the file has no positions.
+    bool SetPosition(std::int64_t position);
 
     /// Writes all bytes.
     WriteResult Write(std::span<const std::uint8_t> bytes);

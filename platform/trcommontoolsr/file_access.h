@@ -7,6 +7,10 @@
 #include <cstdint>
 #include <string>
 
+/// What the module hands to TRCT_FileAccess::Initialize, and the one mode of OpenFile.
+inline constexpr std::int32_t TRCT_INITIAL_VALUE = 32;
+inline constexpr std::int32_t TRCT_OPEN_FOR_READING = 1;
+
 /// Reads a file. One object holds one open file; positions and lengths are bytes. Not thread-safe.
 ///
 /// Paths that contain "dqs:\" name files of the family's storage; the stand-in looks what follows it up below
@@ -18,7 +22,7 @@ public:
     /// `value` is the library's own setting; the stand-in ignores it. Gives 1.
     std::int32_t Initialize(std::int32_t value);
 
-    /// Opens `path` for reading (mode 1, the only one used) and stands at its start; an earlier file is
+    /// Opens `path` for reading (TRCT_OPEN_FOR_READING) and stands at its start; an earlier file is
     /// closed in any case. 1 on success, else 0.
     std::int32_t OpenFile(CComBSTR path, std::int32_t mode);
 

@@ -11,9 +11,7 @@ namespace trnmpa {
 namespace {
 
 /// What the product family passes to its file libraries.
-constexpr std::int32_t kFileAccessSetting = 32;
 constexpr std::int32_t kEasyFileWait = 30;
-constexpr std::int32_t kReadMode = 1;
 
 constexpr std::wstring_view kStoragePrefix = L"dqs:\\";
 
@@ -33,7 +31,7 @@ bool IsStoragePath(const std::wstring& path) {
 }
 
 CMpAudioFrameBufferReader::CMpAudioFrameBufferReader() {
-    fileAccess_.Initialize(kFileAccessSetting);
+    fileAccess_.Initialize(TRCT_INITIAL_VALUE);
 }
 
 CMpAudioFrameBufferReader::~CMpAudioFrameBufferReader() {
@@ -59,7 +57,7 @@ std::int32_t CMpAudioFrameBufferReader::Open(const std::wstring& path) {
         std::wstring stored = path;
         CComBSTR name = os::ToAutomationString(path);
         if (useEasyFile_ == 0) {
-            if (fileAccess_.OpenFile(std::move(name), kReadMode) == 0)
+            if (fileAccess_.OpenFile(std::move(name), TRCT_OPEN_FOR_READING) == 0)
                 return 0;
         } else if (easyFile_ != nullptr) {
             easyFile_->Open(std::move(name));

@@ -3,7 +3,6 @@
 #include "fileio/frame_buffer_reader.h"
 
 #include <algorithm>
-#include <array>
 
 namespace trnmpa {
 
@@ -17,6 +16,16 @@ std::uint16_t Unsigned16(std::span<const std::uint8_t> bytes, std::size_t offset
 
 std::uint32_t Unsigned32(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return Unsigned16(bytes, offset) | static_cast<std::uint32_t>(Unsigned16(bytes, offset + 2)) << 16;
+}
+
+void Put16(std::span<std::uint8_t> bytes, std::size_t offset, std::uint16_t value) {
+    bytes[offset] = static_cast<std::uint8_t>(value);
+    bytes[offset + 1] = static_cast<std::uint8_t>(value >> 8);
+}
+
+void Put32(std::span<std::uint8_t> bytes, std::size_t offset, std::uint32_t value) {
+    Put16(bytes, offset, static_cast<std::uint16_t>(value));
+    Put16(bytes, offset + 2, static_cast<std::uint16_t>(value >> 16));
 }
 
 /// The entries that the file has room for, at most `claimedCount`.
@@ -50,6 +59,28 @@ MpaIndexHeader ParseIndexHeader(std::span<const std::uint8_t, kIndexHeaderBytes>
 
 MpaIndexEntry ParseIndexEntry(std::span<const std::uint8_t, kIndexEntryBytes> bytes) {
     return {Unsigned32(bytes, 0), Unsigned32(bytes, 4)};
+}
+
+std::array<std::uint8_t, kIndexHeaderBytes> FormatIndexHeader(const MpaIndexHeader& header) {
+    std::array<std::uint8_t, kIndexHeaderBytes> bytes = {};
+    Put32(bytes, 0, header.frameCount);
+    Put32(bytes, 4, header.mediaFileSize);
+    bytes[8] = header.layer;
+    bytes[9] = header.version;
+    Put16(bytes, 10, header.channels);
+    Put32(bytes, 12, header.bitRate);
+    Put32(bytes, 16, header.sampleRate);
+    Put16(bytes, 20, header.bitsPerSample);
+    Put16(bytes, 22, header.frameBytes);
+    Put32(bytes, 24, header.samplesPerFrame);
+    return bytes;
+}
+
+std::array<std::uint8_t, kIndexEntryBytes> FormatIndexEntry(const MpaIndexEntry& entry) {
+    std::array<std::uint8_t, kIndexEntryBytes> bytes = {};
+    Put32(bytes, 0, entry.frameOffset);
+    Put32(bytes, 4, entry.frameBytes);
+    return bytes;
 }
 
 MpaIndexHeader ReadIndexHeader(CMpAudioFrameBufferReader& index) {

@@ -5,6 +5,7 @@
 /// numbers checks them before use.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -48,6 +49,10 @@ std::wstring IndexPathFor(const std::wstring& mediaPath);
 /// The records as they stand in the file.
 MpaIndexHeader ParseIndexHeader(std::span<const std::uint8_t, kIndexHeaderBytes> bytes);
 MpaIndexEntry ParseIndexEntry(std::span<const std::uint8_t, kIndexEntryBytes> bytes);
+
+/// The same the other way round.
+std::array<std::uint8_t, kIndexHeaderBytes> FormatIndexHeader(const MpaIndexHeader& header);
+std::array<std::uint8_t, kIndexEntryBytes> FormatIndexEntry(const MpaIndexEntry& entry);
 
 /// Reads the header at offset 0, wherever `index` stands. What a short file lacks reads as zeros.
 MpaIndexHeader ReadIndexHeader(CMpAudioFrameBufferReader& index);

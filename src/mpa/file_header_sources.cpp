@@ -1,5 +1,6 @@
 #include "mpa/file_header_sources.h"
 
+#include "fileio/file_reader.h"
 #include "fileio/frame_buffer_reader.h"
 #include "trcommontoolsr/file_access.h"
 
@@ -45,6 +46,21 @@ std::int64_t FileAccessHeaderSource::Position() {
 }
 
 bool FileAccessHeaderSource::SetPosition(std::int64_t position) {
+    return file_.SetPosition(position) != 0;
+}
+
+std::size_t FileReaderHeaderSource::Read(std::span<std::uint8_t> destination) {
+    constexpr std::size_t kMost = std::numeric_limits<std::int32_t>::max();
+    const std::int32_t read =
+        file_.Read(destination.data(), static_cast<std::int32_t>(std::min(destination.size(), kMost)));
+    return static_cast<std::size_t>(read);
+}
+
+std::int64_t FileReaderHeaderSource::Position() {
+    return file_.GetPosition();
+}
+
+bool FileReaderHeaderSource::SetPosition(std::int64_t position) {
     return file_.SetPosition(position) != 0;
 }
 

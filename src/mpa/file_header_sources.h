@@ -7,6 +7,7 @@ class TRCT_FileAccess;
 
 namespace trnmpa {
 
+class CFileReader;
 class CMpAudioFrameBufferReader;
 
 /// Over the byte source of an engine; shares its position.
@@ -35,6 +36,19 @@ public:
 
 private:
     TRCT_FileAccess& file_;
+};
+
+/// Over the index builder's media file; shares its position.
+class FileReaderHeaderSource final : public HeaderSource {
+public:
+    explicit FileReaderHeaderSource(CFileReader& file) : file_(file) {}
+
+    std::size_t Read(std::span<std::uint8_t> destination) override;
+    std::int64_t Position() override;
+    bool SetPosition(std::int64_t position) override;
+
+private:
+    CFileReader& file_;
 };
 
 } // namespace trnmpa

@@ -15,8 +15,6 @@ namespace trnmpa {
 
 namespace {
 
-constexpr std::int32_t kFileAccessSetting = 32;
-constexpr std::int32_t kReadMode = 1;
 constexpr std::int32_t kNoFrameClass = 1;
 constexpr std::int32_t kLayer1Codec = 1041;
 constexpr std::uint16_t kMpegLayer3FormatTag = 85;
@@ -36,7 +34,7 @@ std::int64_t EncoderTextOffset(const MpaFrameInfo& info) {
 } // namespace
 
 CMPGAudioFileBufferReader::CMPGAudioFileBufferReader() {
-    file_.Initialize(kFileAccessSetting);
+    file_.Initialize(TRCT_INITIAL_VALUE);
 }
 
 CMPGAudioFileBufferReader::~CMPGAudioFileBufferReader() {
@@ -65,7 +63,7 @@ std::int32_t CMPGAudioFileBufferReader::ToMediaInfo2(TRN_MEDIA_INFO2* out) const
 }
 
 std::int32_t CMPGAudioFileBufferReader::ParseIndex(const std::wstring& path) {
-    if (file_.OpenFile(os::ToAutomationString(path), kReadMode) == 0)
+    if (file_.OpenFile(os::ToAutomationString(path), TRCT_OPEN_FOR_READING) == 0)
         return kProbeUnusable;
     std::array<std::uint8_t, kIndexHeaderBytes> bytes = {};
     ReadBytes(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
@@ -156,7 +154,7 @@ void CMPGAudioFileBufferReader::DescribeLayer(std::int32_t layer) {
 }
 
 std::int32_t CMPGAudioFileBufferReader::OpenFile(const std::wstring& path) {
-    if (file_.OpenFile(os::ToAutomationString(path), kReadMode) == 0)
+    if (file_.OpenFile(os::ToAutomationString(path), TRCT_OPEN_FOR_READING) == 0)
         return 0;
     path_ = path;
     return 1;

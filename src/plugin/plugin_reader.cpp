@@ -17,6 +17,7 @@ kwMpaPluginReaderClass::kwMpaPluginReaderClass() {
 }
 
 kwMpaPluginReaderClass::~kwMpaPluginReaderClass() {
+    indexBuilder_.reset();
     probe_.reset();
     sampleReader_.reset();
 }
@@ -39,8 +40,7 @@ std::int32_t kwMpaPluginReaderClass::OpenFile(std::wstring path, std::uint32_t f
         if ((flags & (TRN_OPEN_SAMPLE_READER | TRN_OPEN_SAMPLE_READER_ALTERNATE)) != 0 &&
             OpenSampleReader() < 1)
             return 0;
-        // The index builder is not part of this version.
-        return (flags & TRN_OPEN_INDEX_BUILDER) != 0 ? 0 : 1;
+        return (flags & TRN_OPEN_INDEX_BUILDER) != 0 ? TruthOf(OpenIndexBuilder()) : 1;
     });
 }
 
@@ -63,16 +63,32 @@ std::int32_t kwMpaPluginReaderClass::OpenSampleReader() {
     return sampleReader_->GetStreamInfo(&unused);
 }
 
-std::int32_t kwMpaPluginReaderClass::CreateFileIndex() {
-    return 0;
+std::int32_t kwMpaPluginReaderClass::OpenIndexBuilder() {
+    indexBuilder_.reset();
+    indexBuilder_ = std::make_unique<TRN_MpaFileIndexCreator>();
+    const std::int32_t result = indexBuilder_->Initialize();
+    return result < 1 ? result : indexBuilder_->SetInputFile(os::ToAutomationString(path_));
 }
 
-std::int32_t kwMpaPluginReaderClass::GetIndexProgress(std::int32_t, PLUGIN_INDEX_PROGRESS*) {
-    return 0;
+std::int32_t kwMpaPluginReaderClass::CreateFileIndex() {
+    return indexBuilder_ != nullptr ? TruthOf(indexBuilder_->CreateFileIndex()) : 0;
+}
+
+std::int32_t kwMpaPluginReaderClass::GetIndexProgress(std::int32_t kind, PLUGIN_INDEX_PROGRESS* record) {
+    if (indexBuilder_ == nullptr || record == nullptr || kind != TRN_INDEX_PROGRESS_RECORD)
+        return 0;
+    PROGRESS_INFO progress = {};
+    if (indexBuilder_->GetFileIdxingProgress(progress) < 1)
+        return 0;
+    *record = {};
+    record->percent = progress.percent;
+    record->framesIndexed = progress.framesIndexed;
+    record->state = progress.state;
+    return 1;
 }
 
 std::int32_t kwMpaPluginReaderClass::CancelIndexing() {
-    return 0;
+    return indexBuilder_ != nullptr ? indexBuilder_->CancelIndexing() : 0;
 }
 
 std::int32_t kwMpaPluginReaderClass::GetFileInfo(std::int32_t kind, void* record) {

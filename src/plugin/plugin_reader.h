@@ -4,6 +4,7 @@
 #include "mpa/file_probe.h"
 #include "reader/sample_reader.h"
 #include "trnmpafileread/audio_reader_data_in.h"
+#include "trnmpafileread/index_creator.h"
 #include "trnmpafileread/plugin.h"
 
 #include <memory>
@@ -30,9 +31,11 @@ public:
 private:
     std::int32_t OpenProbe();
     std::int32_t OpenSampleReader();
+    std::int32_t OpenIndexBuilder();
 
     PLUGIN_READER_CLASS_INFO info_ = {};
     std::unique_ptr<CMPGAudioFileBufferReader> probe_;
+    std::unique_ptr<TRN_MpaFileIndexCreator> indexBuilder_;
     std::unique_ptr<KwMpAudioReader2> sampleReader_;
     AudioReaderDataIn request_;
     std::wstring path_;

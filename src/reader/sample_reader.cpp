@@ -17,7 +17,6 @@ namespace {
 constexpr std::size_t kPcmBufferBytes = 15360;
 constexpr std::uint32_t kIndexBlockKiB = 512;
 constexpr std::uint32_t kStorageIndexBlockKiB = 64;
-constexpr std::int32_t kReadMode = 1;
 constexpr std::int32_t kExternalDecoder = 1;
 
 /// The settings are read before the selector is kept.
@@ -116,7 +115,7 @@ std::int32_t KwMpAudioReader2::FindIndex() {
     // TRN_EasyFile does not report a failed open. Without its index the file's positions would be others, so
     // it is not opened at all.
     TRCT_FileAccess readable;
-    if (readable.OpenFile(os::ToAutomationString(indexPath), kReadMode) == 0) {
+    if (readable.OpenFile(os::ToAutomationString(indexPath), TRCT_OPEN_FOR_READING) == 0) {
         Initialize();
         return 0;
     }

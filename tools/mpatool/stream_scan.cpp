@@ -17,8 +17,6 @@ namespace mpatool {
 
 namespace {
 
-constexpr std::int32_t kOpenForReading = 1;
-
 struct LoadedIndex {
     std::uint32_t claimedEntries = 0;
     std::vector<trnmpa::MpaIndexEntry> entries;
@@ -129,7 +127,7 @@ double StreamScan::AverageBitRate() const {
 StreamScan ScanStream(const std::wstring& path) {
     RequireReadable(path);
     TRCT_FileAccess file;
-    if (file.OpenFile(path.c_str(), kOpenForReading) != 1)
+    if (file.OpenFile(path.c_str(), TRCT_OPEN_FOR_READING) != 1)
         throw ToolError(path, "cannot be opened");
     trnmpa::FileAccessHeaderSource source(file);
     StreamScan scan;

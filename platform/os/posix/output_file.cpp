@@ -71,12 +71,30 @@ bool OutputFile::Create(const std::wstring& path) {
     return Keep(open(NarrowToUtf8(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666), true);
 }
 
+bool OutputFile::CreateAlways(const std::wstring& path) {
+    if (path.find(L'\0') != std::wstring::npos)
+        return false;
+    // Non-blocking: opening a pipe without a reader would wait for ever. Regular files take no notice.
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    if (!Keep(open(NarrowToUtf8(path).c_str(), kFlags, 0666), true))
+        return false;
+    struct stat status = {};
+    if (fstat(static_cast<int>(handle_), &status) == 0 && S_ISREG(status.st_mode))
+        return true;
+    Close();
+    return false;
+}
+
 bool OutputFile::OpenExisting(const std::wstring& path) {
     return Keep(open(NarrowToUtf8(path).c_str(), O_WRONLY | O_CLOEXEC), true);
 }
 
 bool OutputFile::OpenStandardOutput() {
     return Keep(STDOUT_FILENO, false);
+}
+
+bool OutputFile::SetPosition(std::int64_t position) {
+    return lseek(static_cast<int>(handle_), position, SEEK_SET) == position;
 }
 
 WriteResult OutputFile::Write(std::span<const std::uint8_t> bytes) {

@@ -125,6 +125,20 @@ bool OutputFile::Create(const std::wstring& path) {
     return Keep(reinterpret_cast<std::intptr_t>(handle), true);
 }
 
+bool OutputFile::CreateAlways(const std::wstring& path) {
+    if (path.find(L'\0') != std::wstring::npos)
+        return false;
+    const HANDLE handle = CreateFileW(ExtendedPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (!Keep(reinterpret_cast<std::intptr_t>(handle), true))
+        return false;
+    if (GetFileType(handle) == FILE_TYPE_DISK)
+        return true;
+    Close();
+    return false;
+}
+
 bool OutputFile::OpenExisting(const std::wstring& path) {
     const HANDLE handle =
         CreateFileW(ExtendedPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
@@ -134,6 +148,12 @@ bool OutputFile::OpenExisting(const std::wstring& path) {
 
 bool OutputFile::OpenStandardOutput() {
     return Keep(reinterpret_cast<std::intptr_t>(GetStdHandle(STD_OUTPUT_HANDLE)), false);
+}
+
+bool OutputFile::SetPosition(std::int64_t position) {
+    LARGE_INTEGER place = {};
+    place.QuadPart = position;
+    return SetFilePointerEx(ToHandle(handle_), place, nullptr, FILE_BEGIN) != 0;
 }
 
 WriteResult OutputFile::Write(std::span<const std::uint8_t> bytes) {

@@ -1,0 +1,80 @@
+/// The index builder as a class that host code links against: `TRN_MpaFileIndexCreator`.
+///
+///     TRN_MpaFileIndexCreator creator;
+///     creator.Initialize();
+///     if (creator.SetInputFile(L"song.mp3") == 1)
+///         creator.CreateFileIndex(); // minutes of work at most; runs on this thread
+///     PROGRESS_INFO progress = {};
+///     creator.GetFileIdxingProgress(progress);
+///     // progress.state is 1: "song.mp3.idx" is complete.
+///
+/// The index stands beside the media file, under its full name with ".idx" appended, and replaces what was
+/// there. Results are 32-bit integers, 1 for success and 0 for failure. Nothing is thrown.
+///
+/// Threads: Initialize, SetInputFile, CreateFileIndex and destruction belong to one thread.
+/// GetFileIdxingProgress and CancelIndexing may be called from any other at any time between, on the same
+/// object or on a copy; an object that is used on another thread must live as long as that use.
+#pragma once
+
+#include "os/automation_string.h"
+#include "trnmpafileread/export.h"
+
+#include <cstdint>
+
+namespace trnmpa {
+class KwMpaFileIndexWriter;
+}
+
+/// Progress of the index builder, 40 bytes.
+struct PROGRESS_INFO {
+    /// 0 to 100, but computed in 32 bits: meaningless for media files of more than 42,949,672 bytes until the
+    /// scan ends.
+    std::uint32_t percent;
+    std::uint32_t framesIndexed; ///< entries so far
+    unsigned char reserved[24];  ///< zeros
+    std::uint32_t state;         ///< 0 running or not started, 1 finished, 2 failed, 3 cancelled
+    std::uint32_t padding;       ///< zero
+};
+static_assert(sizeof(PROGRESS_INFO) == 40);
+
+/// States in PROGRESS_INFO. A run that was cancelled while it ran may end with TRN_INDEX_RUNNING.
+inline constexpr std::uint32_t TRN_INDEX_RUNNING = 0;
+inline constexpr std::uint32_t TRN_INDEX_FINISHED = 1;
+inline constexpr std::uint32_t TRN_INDEX_FAILED = 2;
+inline constexpr std::uint32_t TRN_INDEX_CANCELLED = 3;
+
+/// Builds the index of one media file at a time. Copies share one builder, which lives as long as one of them
+/// holds it.
+class TRN_EXPORT TRN_MpaFileIndexCreator {
+public:
+    TRN_MpaFileIndexCreator();
+    TRN_MpaFileIndexCreator(const TRN_MpaFileIndexCreator& other);
+    TRN_MpaFileIndexCreator& operator=(const TRN_MpaFileIndexCreator& other);
+    virtual ~TRN_MpaFileIndexCreator();
+
+    /// Lets go of an earlier builder and makes a new one. Once before each file. 0 only when memory runs out.
+    std::int32_t Initialize();
+
+    /// Opens the media file `path`, empties or makes its index, writes a placeholder header there (all zeros)
+    /// and finds the first frame. 0 before Initialize, when the media file cannot be opened, is 4 GiB or
+    /// longer or holds no frame where one is looked for, or when the index cannot be written; an index that
+    /// was emptied by then stays empty, and both files stay open until the next Initialize or destruction.
+    std::int32_t SetInputFile(CComBSTR path);
+
+    /// Runs the whole scan on this thread and closes both files. 0 before Initialize; else 1, whether the run
+    /// finished, failed or was cancelled: GetFileIdxingProgress tells. Only a finished run leaves a complete
+    /// index; another leaves its entries behind a placeholder header.
+    std::int32_t CreateFileIndex();
+
+    /// Copies the progress of the run to `progress`; its numbers may belong to two neighbouring frames. 0
+    /// before Initialize.
+    std::int32_t GetFileIdxingProgress(PROGRESS_INFO& progress);
+
+    /// Asks the running scan to stop and waits until it has closed its files. 1, at once when no scan runs; 0
+    /// before Initialize. To be called once for each Initialize: a further call only asks and does not wait.
+    /// A scan that is started later is not stopped by it.
+    std::int32_t CancelIndexing();
+
+private:
+    trnmpa::KwMpaFileIndexWriter* engine_ = nullptr;
+};

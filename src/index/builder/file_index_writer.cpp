@@ -1,0 +1,148 @@
+#include "index/builder/file_index_writer.h"
+
+#include <limits>
+
+namespace trnmpa {
+
+namespace {
+
+constexpr std::size_t kWriteBytes = 32 * 1024;
+
+/// In 32 bits, as hosts have always been told: it wraps for media files of more than 42,949,672 bytes.
+std::uint32_t Percent(std::uint32_t end, std::uint32_t mediaFileSize) {
+    return mediaFileSize != 0 ? end * 100 / mediaFileSize : 100;
+}
+
+} // namespace
+
+std::int32_t KwMpaFileIndexWriter::Initialize() {
+    scan_.reset();
+    unwritten_.clear();
+    media_ = std::make_unique<CFileReader>();
+    index_ = std::make_unique<CFileWriter>();
+    header_ = {};
+    percent_ = 0;
+    framesIndexed_ = 0;
+    state_ = TRN_INDEX_RUNNING;
+    gate_.Open();
+    return 1;
+}
+
+std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath) {
+    if (media_ == nullptr)
+        return 0;
+    scan_.reset();
+    indexPath_ = mediaPath;
+    if (!OpenMedia(mediaPath))
+        return 0;
+    indexPath_ = IndexPathFor(mediaPath);
+    if (!OpenIndex())
+        return 0;
+    header_.mediaFileSize = static_cast<std::uint32_t>(media_->GetLength());
+    scan_.emplace(*media_);
+    if (scan_->Start(header_))
+        return 1;
+    scan_.reset();
+    return 0;
+}
+
+bool KwMpaFileIndexWriter::OpenMedia(const std::wstring& mediaPath) {
+    // An index has 32-bit offsets; what it cannot describe must not cost the file's present index.
+    return TRCT_FileExists(os::ToAutomationString(mediaPath)) != 0 && media_->Open(mediaPath) > 0 &&
+           media_->GetLength() <= std::numeric_limits<std::uint32_t>::max();
+}
+
+bool KwMpaFileIndexWriter::OpenIndex() {
+    unwritten_.clear();
+    return index_->Open(indexPath_) > 0 && WriteHeader();
+}
+
+std::int32_t KwMpaFileIndexWriter::CreateFileIndex() {
+    if (media_ == nullptr || index_ == nullptr)
+        return 0;
+    gate_.Enter();
+    try {
+        Scan();
+    } catch (...) {
+        Fail();
+    }
+    scan_.reset();
+    index_->Close();
+    media_->Close();
+    gate_.Leave();
+    return 1;
+}
+
+void KwMpaFileIndexWriter::Scan() {
+    // The entries must have arrived before the header says that they are there.
+    if (!scan_ || !ScanFrames() || !Flush())
+        return Fail();
+    if (gate_.StopRequested())
+        return;
+    if (index_->SetPosition(0) == 0 || !WriteHeader())
+        return Fail();
+    state_ = TRN_INDEX_FINISHED;
+}
+
+bool KwMpaFileIndexWriter::ScanFrames() {
+    while (!gate_.StopRequested()) {
+        const auto entry = scan_->Next();
+        if (!entry) {
+            percent_ = 100;
+            return true;
+        }
+        if (!Append(*entry))
+            return false;
+        ++header_.frameCount;
+        ReportFrame(*entry);
+        const std::uint64_t end = std::uint64_t{entry->frameOffset} + entry->frameBytes;
+        if (end >= header_.mediaFileSize)
+            return true;
+    }
+    return true;
+}
+
+bool KwMpaFileIndexWriter::Append(const MpaIndexEntry& entry) {
+    const auto bytes = FormatIndexEntry(entry);
+    unwritten_.insert(unwritten_.end(), bytes.begin(), bytes.end());
+    return unwritten_.size() < kWriteBytes || Flush();
+}
+
+bool KwMpaFileIndexWriter::Flush() {
+    const auto bytes = static_cast<std::uint32_t>(unwritten_.size());
+    const bool written = bytes == 0 || index_->Write(unwritten_.data(), bytes) != 0;
+    unwritten_.clear();
+    return written;
+}
+
+bool KwMpaFileIndexWriter::WriteHeader() {
+    const auto bytes = FormatIndexHeader(header_);
+    return index_->Write(bytes.data(), static_cast<std::uint32_t>(bytes.size())) != 0;
+}
+
+void KwMpaFileIndexWriter::ReportFrame(const MpaIndexEntry& entry) {
+    percent_.store(Percent(entry.frameOffset + entry.frameBytes, header_.mediaFileSize),
+                   std::memory_order_relaxed);
+    framesIndexed_.store(header_.frameCount, std::memory_order_relaxed);
+    state_.store(TRN_INDEX_RUNNING, std::memory_order_relaxed);
+}
+
+void KwMpaFileIndexWriter::Fail() {
+    state_ = TRN_INDEX_FAILED;
+    gate_.RequestStop();
+}
+
+std::int32_t KwMpaFileIndexWriter::GetFileIdxingProgress(PROGRESS_INFO& progress) const {
+    progress = {};
+    progress.percent = percent_.load(std::memory_order_relaxed);
+    progress.framesIndexed = framesIndexed_.load(std::memory_order_relaxed);
+    progress.state = state_;
+    return 1;
+}
+
+std::int32_t KwMpaFileIndexWriter::CancelIndexing() {
+    gate_.CancelAndClose([this] { state_ = TRN_INDEX_CANCELLED; });
+    return 1;
+}
+
+} // namespace trnmpa
