@@ -7,7 +7,7 @@ help:
 	@echo 'make test                 all tests, on the native build and on the Windows DLL under Wine'
 	@echo 'make windows              the Windows DLL with its import library'
 	@echo 'make check                format, layers, static analysis, sanitizer runs'
-	@echo 'make bench                decoding speed beside other decoders'
+	@echo 'make bench                speed beside other programs, into docs/performance.md'
 	@echo 'make clean                delete build/'
 
 # A build without tests does with fewer packages; one that make test set up keeps its tests.

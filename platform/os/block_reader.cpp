@@ -5,6 +5,13 @@
 
 namespace os {
 
+namespace {
+
+constexpr std::size_t kFirstBlockBytes = 8 * 1024;
+constexpr std::size_t kAlignmentBytes = 512;
+
+} // namespace
+
 void BlockReader::SetBlockBytes(std::size_t bytes) {
     blockBytes_ = bytes == 0 ? kDefaultBlockBytes : std::min(bytes, kMaximumBlockBytes);
     blockFilled_ = 0;
@@ -57,14 +64,19 @@ std::size_t BlockReader::TakeFromBlock(std::span<std::uint8_t> destination) cons
     return bytes;
 }
 
-/// Loads the block that holds the position. False when there is no memory for it.
+/// Loads what stands at the position. After a jump little is often wanted, so what is loaded begins small and
+/// doubles while the reading goes on. False when there is no memory for it.
 bool BlockReader::Fill() {
+    const bool goesOn =
+        blockFilled_ != 0 && position_ == blockStart_ + static_cast<std::int64_t>(blockFilled_);
+    const std::size_t bytes = std::min(goesOn ? block_.size() * 2 : kFirstBlockBytes, blockBytes_);
     try {
-        block_.resize(blockBytes_);
+        block_.resize(bytes);
     } catch (const std::bad_alloc&) {
         return false;
     }
-    blockStart_ = position_ - position_ % static_cast<std::int64_t>(blockBytes_);
+    const auto alignment = static_cast<std::int64_t>(std::min(bytes, kAlignmentBytes));
+    blockStart_ = position_ - position_ % alignment;
     blockFilled_ = file_.ReadAt(blockStart_, block_);
     return true;
 }

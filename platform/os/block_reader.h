@@ -15,12 +15,12 @@ namespace os {
 /// system call. Not thread-safe.
 class BlockReader {
 public:
-    /// Bytes of the block when none or 0 is asked for, and the most that is ever held.
+    /// Most bytes of the block when none or 0 is asked for, and the most that is ever held.
     static constexpr std::size_t kDefaultBlockBytes = 64 * 1024;
     static constexpr std::size_t kMaximumBlockBytes = 4 * 1024 * 1024;
 
-    /// Sets the size of the block in bytes (0: the default; larger than the maximum: the maximum). What is
-    /// buffered is dropped.
+    /// Sets the size in bytes that the block grows to (0: the default; larger than the maximum: the maximum).
+    /// What is buffered is dropped.
     void SetBlockBytes(std::size_t bytes);
 
     /// Opens `path` and stands at its start. An earlier file is closed, also when this one cannot be opened.

@@ -60,41 +60,6 @@ void AMPBitstream::RewindToFrameStart(int bytes) {
     EmptyAccumulator();
 }
 
-void AMPBitstream::EmptyAccumulator() {
-    bitShift_ = kAccumulatorEmpty;
-    accumulator_ = 0;
-}
-
-void AMPBitstream::Refill() {
-    while (bitShift_ >= 0 && bytesLeft_ > 0) {
-        accumulator_ |= static_cast<std::uint32_t>(buffer_[static_cast<std::size_t>(readIndex_)])
-                        << bitShift_;
-        readIndex_ = (readIndex_ + 1) & kReservoirMask;
-        bitShift_ -= 8;
-        --bytesLeft_;
-    }
-}
-
-std::uint32_t AMPBitstream::Peek(int bits) {
-    if (bitShift_ > 24 - bits)
-        Refill();
-    return accumulator_ >> (32 - bits);
-}
-
-void AMPBitstream::Skip(int bits) {
-    if (bitShift_ > 24 - bits)
-        Refill();
-    accumulator_ <<= bits;
-    bitShift_ += bits;
-}
-
-std::uint32_t AMPBitstream::Get(int bits) {
-    const std::uint32_t value = Peek(bits);
-    accumulator_ <<= bits;
-    bitShift_ += bits;
-    return value;
-}
-
 void AMPBitstream::SeekToBitsRemaining(int target) {
     const int surplus = BitsRemaining() - target;
     if (surplus == 0)

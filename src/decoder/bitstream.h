@@ -68,4 +68,41 @@ private:
     std::uint32_t accumulator_ = 0; ///< the next bit to read is bit 31
 };
 
+// Inline: the Huffman decoder lives in these.
+
+inline void AMPBitstream::EmptyAccumulator() {
+    bitShift_ = kAccumulatorEmpty;
+    accumulator_ = 0;
+}
+
+inline void AMPBitstream::Refill() {
+    while (bitShift_ >= 0 && bytesLeft_ > 0) {
+        accumulator_ |= static_cast<std::uint32_t>(buffer_[static_cast<std::size_t>(readIndex_)])
+                        << bitShift_;
+        readIndex_ = (readIndex_ + 1) & kReservoirMask;
+        bitShift_ -= 8;
+        --bytesLeft_;
+    }
+}
+
+inline std::uint32_t AMPBitstream::Peek(int bits) {
+    if (bitShift_ > 24 - bits)
+        Refill();
+    return accumulator_ >> (32 - bits);
+}
+
+inline void AMPBitstream::Skip(int bits) {
+    if (bitShift_ > 24 - bits)
+        Refill();
+    accumulator_ <<= bits;
+    bitShift_ += bits;
+}
+
+inline std::uint32_t AMPBitstream::Get(int bits) {
+    const std::uint32_t value = Peek(bits);
+    accumulator_ <<= bits;
+    bitShift_ += bits;
+    return value;
+}
+
 } // namespace trnmpa

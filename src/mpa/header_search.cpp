@@ -24,7 +24,7 @@ std::optional<std::int64_t> FindHeader(SourceWindow& window, std::int64_t offset
         const auto bytes = window.At(offset + skipped, header.size());
         if (bytes.size() < header.size())
             return std::nullopt;
-        std::ranges::copy(bytes, header.begin());
+        std::copy_n(bytes.begin(), header.size(), header.begin());
         if (IsValidFrameHeader(header))
             return offset + skipped;
         if (skipped >= kHeaderSearchBytes)

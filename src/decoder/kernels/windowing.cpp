@@ -3,7 +3,6 @@
 #include "decoder/tables/synthesis_tables.h"
 
 #include <algorithm>
-#include <bit>
 
 namespace trnmpa {
 
@@ -40,14 +39,6 @@ void WindowSlots(const SynthesisRing& ring, int phase, std::span<float, 32> outp
         AddOddTap(tables::kSynthesisWindow[k + 1], ring.slot[(phase + k + 1) & 15], sums);
     }
     std::copy(sums, sums + 32, output.begin());
-}
-
-std::int16_t RoundToPcm(float sample) {
-    // Clipping first gives the same integers and keeps any finite sample within the reach of the addition,
-    // which leaves the rounded integer in the low bits of the sum's mantissa.
-    constexpr double kRoundingBias = 6755399441055744.0; // 1.5 * 2^52
-    const double clipped = static_cast<double>(std::clamp(sample, -32768.0f, 32767.0f));
-    return static_cast<std::int16_t>(std::bit_cast<std::uint64_t>(clipped + kRoundingBias) & 0xFFFFu);
 }
 
 } // namespace trnmpa

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <span>
 
@@ -18,6 +20,12 @@ struct SynthesisRing {
 void WindowSlots(const SynthesisRing& ring, int phase, std::span<float, 32> output);
 
 /// Rounds to the nearest integer, ties to even, and clips to 16 bits.
-std::int16_t RoundToPcm(float sample);
+inline std::int16_t RoundToPcm(float sample) {
+    // Clipping first gives the same integers and keeps any finite sample within the reach of the addition,
+    // which leaves the rounded integer in the low bits of the sum's mantissa.
+    constexpr double kRoundingBias = 6755399441055744.0; // 1.5 * 2^52
+    const double clipped = static_cast<double>(std::clamp(sample, -32768.0f, 32767.0f));
+    return static_cast<std::int16_t>(std::bit_cast<std::uint64_t>(clipped + kRoundingBias) & 0xFFFFu);
+}
 
 } // namespace trnmpa

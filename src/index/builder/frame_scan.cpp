@@ -18,7 +18,8 @@ constexpr std::int64_t kTagSizeLimit = std::int64_t{1} << 28;
 /// The four bytes at `offset`; what the data lack is 0.
 std::array<std::uint8_t, 4> FourBytesAt(SourceWindow& window, std::size_t offset) {
     std::array<std::uint8_t, 4> bytes = {};
-    std::ranges::copy(window.At(static_cast<std::int64_t>(offset), bytes.size()), bytes.begin());
+    const auto held = window.At(static_cast<std::int64_t>(offset), bytes.size());
+    std::copy_n(held.begin(), std::min(held.size(), bytes.size()), bytes.begin());
     return bytes;
 }
 
