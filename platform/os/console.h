@@ -31,7 +31,8 @@ void WriteErrorText(std::string_view text);
 void PrepareProcess();
 bool InterruptRequested();
 
-/// Ends the process in the way that the request would have ended it.
+/// Ends the process in the way that the request would have ended it: a shell sees the exit status 130 after a
+/// keyboard interrupt. On Windows every request gives 130.
 [[noreturn]] void EndByInterrupt();
 
 } // namespace os

@@ -24,6 +24,11 @@ public:
     /// search path; an earlier library is unloaded. All symbols are bound at once, so a missing one fails
     /// here. False on failure; ErrorText then says why.
     bool Load(const std::wstring& path);
+
+    /// As Load, for a library that comes with this module and is known by its file name: on Windows it stands
+    /// in the module's folder, elsewhere the system's loader knows it.
+    bool LoadCompanion(const std::wstring& fileName);
+
     void Unload();
     bool IsLoaded() const { return handle_ != nullptr; }
 

@@ -49,6 +49,58 @@ TEST_F(OutputFileTest, CreateNeedsTheFolder) {
     EXPECT_FALSE(file.ErrorText().empty());
 }
 
+TEST_F(OutputFileTest, CreateAlwaysMakesOrEmptiesAFile) {
+    const fs::path path = In(u8"Ünï 日本.idx");
+    os::OutputFile file;
+    ASSERT_TRUE(file.CreateAlways(Wide(path))) << os::NarrowToUtf8(file.ErrorText());
+    EXPECT_EQ(file.Write(Bytes{1, 2, 3}), WriteResult::kDone);
+    EXPECT_EQ(test::ReadFile(path), (Bytes{1, 2, 3})) << "readers may share it";
+    os::OutputFile second;
+    ASSERT_TRUE(second.CreateAlways(Wide(path))) << "and so may writers";
+    EXPECT_EQ(fs::file_size(path), 0u);
+    EXPECT_EQ(second.Write(Bytes{4}), WriteResult::kDone);
+    EXPECT_TRUE(second.Close());
+    EXPECT_TRUE(file.Close());
+    EXPECT_EQ(test::ReadFile(path), Bytes{4});
+}
+
+TEST_F(OutputFileTest, CreateAlwaysRefusesWhatIsNoFile) {
+    os::OutputFile file;
+    EXPECT_FALSE(file.CreateAlways(Wide(scratch_.Path())));
+    EXPECT_FALSE(file.CreateAlways(Wide(In("nowhere") / "file")));
+    EXPECT_FALSE(file.ErrorText().empty());
+    EXPECT_FALSE(file.CreateAlways(L""));
+    EXPECT_FALSE(file.CreateAlways(os::kPathSeparator == L'\\' ? L"NUL" : L"/dev/null"));
+    EXPECT_FALSE(file.CreateAlways(Wide(In("file")) + L'\0'));
+    EXPECT_EQ(file.Write(Bytes{1}), WriteResult::kFailed);
+    EXPECT_FALSE(fs::exists(In("file")));
+}
+
+TEST_F(OutputFileTest, SetPositionMovesTheNextWrite) {
+    os::OutputFile file;
+    EXPECT_FALSE(file.SetPosition(0)) << "nothing is open";
+    ASSERT_TRUE(file.CreateAlways(Wide(In("file"))));
+    EXPECT_EQ(file.Write(Bytes{1, 2, 3, 4}), WriteResult::kDone);
+    EXPECT_TRUE(file.SetPosition(1));
+    EXPECT_EQ(file.Write(Bytes{7, 8}), WriteResult::kDone);
+    EXPECT_FALSE(file.SetPosition(-1));
+    EXPECT_TRUE(file.SetPosition(6));
+    EXPECT_EQ(file.Write(Bytes{9}), WriteResult::kDone);
+    EXPECT_TRUE(file.Close());
+    EXPECT_FALSE(file.SetPosition(0));
+    EXPECT_EQ(test::ReadFile(In("file")), (Bytes{1, 7, 8, 4, 0, 0, 9}));
+}
+
+TEST_F(OutputFileTest, SetPositionReachesBeyondFourGiB) {
+    constexpr std::int64_t kFar = (std::int64_t{1} << 32) + 5;
+    os::OutputFile file;
+    ASSERT_TRUE(file.CreateAlways(Wide(In("file"))));
+    EXPECT_TRUE(file.SetPosition(kFar));
+    EXPECT_EQ(file.Write(Bytes{9}), WriteResult::kDone);
+    EXPECT_TRUE(file.Close());
+    EXPECT_EQ(fs::file_size(In("file")), static_cast<std::uintmax_t>(kFar) + 1);
+}
+
 TEST_F(OutputFileTest, WritingWithoutAFileFails) {
     os::OutputFile file;
     EXPECT_EQ(file.Write(Bytes{1}), WriteResult::kFailed);

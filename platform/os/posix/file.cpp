@@ -1,8 +1,9 @@
 #include "os/file.h"
 
 #include "os/paths.h"
+#include "os/posix/descriptor.h"
+#include "os/transfer.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,26 +15,9 @@ namespace {
 
 static_assert(sizeof(off_t) == sizeof(std::int64_t), "files of 2 GiB and more need 64-bit offsets");
 
-int OpenForReading(const char* path) {
-    // Non-blocking: opening a pipe without a writer would wait for ever. Regular files take no notice.
-    constexpr int kFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    int descriptor = -1;
-    do {
-        descriptor = ::open(path, kFlags);
-    } while (descriptor < 0 && errno == EINTR);
-    return descriptor;
-}
-
 ssize_t ReadOnce(int descriptor, std::span<std::uint8_t> destination, std::int64_t position) {
-    ssize_t bytes = -1;
-    do {
-        bytes = ::pread(descriptor, destination.data(), destination.size(), position);
-    } while (bytes < 0 && errno == EINTR);
-    return bytes;
-}
-
-bool HasZero(const std::wstring& path) {
-    return path.find(L'\0') != std::wstring::npos;
+    return Uninterrupted(
+        [&] { return ::pread(descriptor, destination.data(), destination.size(), position); });
 }
 
 } // namespace
@@ -54,17 +38,8 @@ File::~File() {
 
 bool File::Open(const std::wstring& path) {
     Close();
-    if (HasZero(path))
-        return false;
-    const int descriptor = OpenForReading(NarrowToUtf8(path).c_str());
-    if (descriptor < 0)
-        return false;
-    handle_ = descriptor;
-    struct stat status = {};
-    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
-        return true;
-    Close();
-    return false;
+    handle_ = OpenRegularFile(path, O_RDONLY);
+    return IsOpen();
 }
 
 void File::Close() {
@@ -81,15 +56,11 @@ bool File::IsOpen() const {
 std::size_t File::ReadAt(std::int64_t position, std::span<std::uint8_t> destination) const {
     if (!IsOpen() || position < 0)
         return 0;
-    std::size_t done = 0;
-    while (done < destination.size()) {
-        const ssize_t bytes = ReadOnce(static_cast<int>(handle_), destination.subspan(done),
-                                       position + static_cast<std::int64_t>(done));
-        if (bytes <= 0)
-            break;
-        done += static_cast<std::size_t>(bytes);
-    }
-    return done;
+    const auto done = TransferAll(destination.size(), [&](std::size_t before) {
+        return ReadOnce(static_cast<int>(handle_), destination.subspan(before),
+                        position + static_cast<std::int64_t>(before));
+    });
+    return done.value_or(0);
 }
 
 std::int64_t File::Length() const {
@@ -101,7 +72,8 @@ std::int64_t File::Length() const {
 
 bool FileExists(const std::wstring& path) {
     struct stat status = {};
-    return !HasZero(path) && ::stat(NarrowToUtf8(path).c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+    const bool hasZero = path.find(L'\0') != std::wstring::npos;
+    return !hasZero && ::stat(NarrowToUtf8(path).c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
 }
 
 } // namespace os

@@ -3,6 +3,7 @@
 #include "os/console.h"
 #include "os/error_text.h"
 #include "os/paths.h"
+#include "os/posix/descriptor.h"
 
 #include <atomic>
 #include <cerrno>
@@ -72,17 +73,7 @@ bool OutputFile::Create(const std::wstring& path) {
 }
 
 bool OutputFile::CreateAlways(const std::wstring& path) {
-    if (path.find(L'\0') != std::wstring::npos)
-        return false;
-    // Non-blocking: opening a pipe without a reader would wait for ever. Regular files take no notice.
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    if (!Keep(open(NarrowToUtf8(path).c_str(), kFlags, 0666), true))
-        return false;
-    struct stat status = {};
-    if (fstat(static_cast<int>(handle_), &status) == 0 && S_ISREG(status.st_mode))
-        return true;
-    Close();
-    return false;
+    return Keep(OpenRegularFile(path, O_WRONLY | O_CREAT | O_TRUNC), true);
 }
 
 bool OutputFile::OpenExisting(const std::wstring& path) {
@@ -94,7 +85,7 @@ bool OutputFile::OpenStandardOutput() {
 }
 
 bool OutputFile::SetPosition(std::int64_t position) {
-    return lseek(static_cast<int>(handle_), position, SEEK_SET) == position;
+    return position >= 0 && lseek(static_cast<int>(handle_), position, SEEK_SET) == position;
 }
 
 WriteResult OutputFile::Write(std::span<const std::uint8_t> bytes) {

@@ -24,9 +24,13 @@ std::wstring LastLoaderError(const std::string& library) {
 } // namespace
 
 bool SharedLibrary::Load(const std::wstring& path) {
-    Unload();
     // dlopen looks for a name without a slash in the system's search path.
-    const std::string place = NarrowToUtf8(path.find(L'/') == std::wstring::npos ? L"./" + path : path);
+    return LoadCompanion(path.find(L'/') == std::wstring::npos ? L"./" + path : path);
+}
+
+bool SharedLibrary::LoadCompanion(const std::wstring& fileName) {
+    Unload();
+    const std::string place = NarrowToUtf8(fileName);
     handle_ = dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle_ == nullptr)
         errorText_ = LastLoaderError(place);

@@ -77,7 +77,9 @@ bool InterruptRequested() {
 }
 
 void EndByInterrupt() {
-    ExitProcess(STATUS_CONTROL_C_EXIT);
+    // As a shell of other systems tells it.
+    constexpr UINT kInterruptedStatus = 130;
+    ExitProcess(kInterruptedStatus);
 }
 
 } // namespace os

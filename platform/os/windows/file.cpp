@@ -1,24 +1,15 @@
 #include "os/file.h"
 
+#include "os/transfer.h"
+#include "os/windows/disk_file.h"
 #include "os/windows/extended_path.h"
 
 #include <algorithm>
 #include <utility>
-#include <windows.h>
 
 namespace os {
 
 namespace {
-
-HANDLE ToHandle(std::intptr_t handle) {
-    return reinterpret_cast<HANDLE>(handle);
-}
-
-HANDLE OpenForReading(const std::wstring& path) {
-    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    return CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                       nullptr);
-}
 
 DWORD ReadOnce(HANDLE handle, std::span<std::uint8_t> destination, std::int64_t position) {
     constexpr std::size_t kMaximumBytes = std::size_t{1} << 30;
@@ -48,17 +39,9 @@ File::~File() {
 
 bool File::Open(const std::wstring& path) {
     Close();
-    const std::wstring name = ExtendedPath(path);
-    if (name.empty())
-        return false;
-    const HANDLE handle = OpenForReading(name);
-    if (handle == INVALID_HANDLE_VALUE)
-        return false;
-    handle_ = reinterpret_cast<std::intptr_t>(handle);
-    if (GetFileType(handle) == FILE_TYPE_DISK)
-        return true;
-    Close();
-    return false;
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    handle_ = reinterpret_cast<std::intptr_t>(OpenDiskFile(path, GENERIC_READ, kShareAll, OPEN_EXISTING));
+    return IsOpen();
 }
 
 void File::Close() {
@@ -74,15 +57,11 @@ bool File::IsOpen() const {
 std::size_t File::ReadAt(std::int64_t position, std::span<std::uint8_t> destination) const {
     if (!IsOpen() || position < 0)
         return 0;
-    std::size_t done = 0;
-    while (done < destination.size()) {
-        const DWORD bytes = ReadOnce(ToHandle(handle_), destination.subspan(done),
-                                     position + static_cast<std::int64_t>(done));
-        if (bytes == 0)
-            break;
-        done += bytes;
-    }
-    return done;
+    const auto done = TransferAll(destination.size(), [&](std::size_t before) -> std::int64_t {
+        return ReadOnce(ToHandle(handle_), destination.subspan(before),
+                        position + static_cast<std::int64_t>(before));
+    });
+    return done.value_or(0);
 }
 
 std::int64_t File::Length() const {

@@ -3,13 +3,13 @@
 #include "os/console.h"
 #include "os/error_text.h"
 #include "os/paths.h"
+#include "os/windows/disk_file.h"
 #include "os/windows/extended_path.h"
 
 #include <algorithm>
 #include <atomic>
 #include <string_view>
 #include <utility>
-#include <windows.h>
 
 namespace os {
 
@@ -44,10 +44,6 @@ HANDLE OpenToAsk(const std::wstring& path) {
 bool IsConsoleHandle(HANDLE handle) {
     DWORD mode = 0;
     return GetConsoleMode(handle, &mode) != 0;
-}
-
-HANDLE ToHandle(std::intptr_t handle) {
-    return reinterpret_cast<HANDLE>(handle);
 }
 
 bool WriteToConsole(HANDLE console, std::span<const std::uint8_t> bytes) {
@@ -126,17 +122,9 @@ bool OutputFile::Create(const std::wstring& path) {
 }
 
 bool OutputFile::CreateAlways(const std::wstring& path) {
-    if (path.find(L'\0') != std::wstring::npos)
-        return false;
-    const HANDLE handle = CreateFileW(ExtendedPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_ALWAYS,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (!Keep(reinterpret_cast<std::intptr_t>(handle), true))
-        return false;
-    if (GetFileType(handle) == FILE_TYPE_DISK)
-        return true;
-    Close();
-    return false;
+    const HANDLE handle =
+        OpenDiskFile(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, CREATE_ALWAYS);
+    return Keep(reinterpret_cast<std::intptr_t>(handle), true);
 }
 
 bool OutputFile::OpenExisting(const std::wstring& path) {

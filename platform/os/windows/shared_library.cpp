@@ -1,6 +1,7 @@
 #include "os/shared_library.h"
 
 #include "os/error_text.h"
+#include "os/paths.h"
 #include "os/windows/extended_path.h"
 
 #include <filesystem>
@@ -21,6 +22,10 @@ bool SharedLibrary::Load(const std::wstring& path) {
     if (handle_ == nullptr)
         errorText_ = LastErrorText();
     return handle_ != nullptr;
+}
+
+bool SharedLibrary::LoadCompanion(const std::wstring& fileName) {
+    return Load((std::filesystem::path(ModulePath()).parent_path() / fileName).wstring());
 }
 
 void SharedLibrary::Unload() {

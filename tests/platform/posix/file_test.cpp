@@ -5,9 +5,9 @@
 #include "os/paths.h"
 #include "os/shared_library.h"
 #include "platform/path_samples.h"
+#include "platform/posix/ordinary_user.h"
 #include "support/test_files.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -17,31 +17,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Gives root's rights up for as long as it lives; other users have none to give.
-class WithoutRootRights {
-public:
-    WithoutRootRights() {
-        constexpr uid_t kNobody = 65534;
-        dropped_ = ::geteuid() == 0 && ::setresuid(kNobody, kNobody, 0) == 0;
-    }
-    ~WithoutRootRights() {
-        if (dropped_ && ::setresuid(0, 0, 0) != 0)
-            std::abort();
-    }
-    WithoutRootRights(const WithoutRootRights&) = delete;
-    WithoutRootRights& operator=(const WithoutRootRights&) = delete;
-
-private:
-    bool dropped_ = false;
-};
-
 TEST(PosixFile, WithoutReadPermission) {
     const test::ScratchFolder scratch;
     const fs::path open = scratch.Add("open.mp3", test::NumberedBytes(10));
     const fs::path closed = scratch.Add("closed.mp3", test::NumberedBytes(10));
     fs::permissions(open, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
     fs::permissions(closed, fs::perms::none);
-    const WithoutRootRights ordinaryUser;
+    const test::WithoutRootRights ordinaryUser;
     os::File file;
     if (::geteuid() == 0 || !file.Open(test::Wide(open)))
         GTEST_SKIP() << "no ordinary user can reach " << scratch.Path() << ": permissions are not tried";
