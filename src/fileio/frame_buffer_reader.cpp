@@ -109,7 +109,7 @@ std::int64_t CMpAudioFrameBufferReader::SetPosition(std::int64_t position) {
     return position;
 }
 
-std::uint8_t CMpAudioFrameBufferReader::InfoTagKind(const std::uint8_t* frame, std::uint32_t length) const {
+std::uint8_t CMpAudioFrameBufferReader::InfoTagKind(const std::uint8_t* frame, std::uint32_t length) {
     if (frame == nullptr || length < kInfoTagOffset + kInfoTagText.size())
         return kNoInfoTag;
     const bool info = std::memcmp(frame + kInfoTagOffset, kInfoTagText.data(), kInfoTagText.size()) == 0;

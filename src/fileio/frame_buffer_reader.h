@@ -67,7 +67,7 @@ public:
     /// kInfoTag when the bytes of a frame read "Info" at offset 36, else kNoInfoTag, which also answers fewer
     /// than 40 bytes. That is where a stereo MPEG-1 frame carries it; other frames have it elsewhere and are
     /// not found.
-    std::uint8_t InfoTagKind(const std::uint8_t* frame, std::uint32_t length) const;
+    static std::uint8_t InfoTagKind(const std::uint8_t* frame, std::uint32_t length);
 
     /// Path of the last successful Open; empty before.
     const std::wstring& Path() const { return path_; }

@@ -105,18 +105,23 @@ TEST_F(BackEnds, CloseForgetsTheEasyFileButKeepsTheChoice) {
     EXPECT_EQ(source.Read(buffer_.data(), 100), 100u);
 }
 
-/// What was read with its block stays as it was when the file changes; the next block is read anew.
+/// What was read with its block stays as it was when the file changes; the next block is read anew. Blocks
+/// begin with 8 KiB and double from one to the next up to their size, which is then 8 KiB away from its
+/// multiples.
 TEST_F(BackEnds, BlockSizeIsInKiB) {
+    constexpr std::int64_t kFirstBytes = 8 * 1024;
     for (const std::uint32_t kiB : {64u, 512u}) {
         const std::int64_t blockBytes = std::int64_t{kiB} * 1024;
-        const auto fileBytes = static_cast<std::size_t>(blockBytes) + 1;
+        const std::int64_t wholeBlock = blockBytes - kFirstBytes;
+        const auto fileBytes = static_cast<std::size_t>(2 * blockBytes);
         const fs::path path = scratch_.Add("changing.mp3", Bytes(fileBytes, 'a'));
         CMpAudioFrameBufferReader source;
         source.UseEasyFile(0, kiB);
         ASSERT_EQ(source.Open(test::Wide(path)), 1);
-        ASSERT_EQ(source.Read(buffer_.data(), 1), 1u);
+        for (std::int64_t position = 0; position <= wholeBlock; position += 64)
+            ASSERT_EQ(source.Read(buffer_.data(), 64), 64u);
         test::WriteFile(path, Bytes(fileBytes, 'b'));
-        source.SetPosition(blockBytes - 1);
+        source.SetPosition(wholeBlock + blockBytes - 1);
         ASSERT_EQ(source.Read(buffer_.data(), 2), 2u);
         EXPECT_EQ(buffer_[0], 'a') << kiB;
         EXPECT_EQ(buffer_[1], 'b') << kiB;
