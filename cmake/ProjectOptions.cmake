@@ -1,6 +1,7 @@
 # Compiler settings that every target of the project shares.
 
 option(TRN_BUILD_BENCHMARKS "Build the programs under bench/" OFF)
+option(TRN_WITH_EXTERNAL_DECODER "Build the decoder over libmpg123 that a setting can choose" ON)
 set(TRN_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target (empty: none)")
 
 set(CMAKE_CXX_STANDARD 20)
