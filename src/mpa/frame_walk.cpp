@@ -51,8 +51,9 @@ std::optional<WalkedFrame> FrameWalk::Next() {
         if (!reference_)
             reference_ = frame.header;
         const bool isDelivered = MatchesFormat(frame.header);
+        frame.isProtected = IsProtected(*bytes);
         const std::int32_t headBytes = static_cast<std::int32_t>(kFrameHeaderBytes) +
-                                       (IsProtected(*bytes) ? kCrcBytes : 0) +
+                                       (frame.isProtected ? kCrcBytes : 0) +
                                        SideInformationBytes(frame.header);
         position_ += isDelivered ? std::max(frame.frameBytes, headBytes) : headBytes;
         if (!HasBytesBefore(position_))

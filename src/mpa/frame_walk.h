@@ -13,6 +13,7 @@ struct WalkedFrame {
     std::int64_t offset = 0;          ///< byte position of the header
     std::int32_t frameBytes = 0;      ///< whole frame as the decoder measures it
     std::int32_t samplesPerFrame = 0; ///< per channel
+    bool isProtected = false;         ///< a CRC word follows the header
     MpaFrameHeader header; ///< `frameBytes` in it is the analysis' measure; `firstFrameOffset` is `offset`
 };
 

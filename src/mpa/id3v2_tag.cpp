@@ -51,15 +51,17 @@ bool SkipId3v2Tag(HeaderSource& source, std::int64_t& firstFrameOffset) {
     return true;
 }
 
-bool SkipTagAndPadding(HeaderSource& source, std::int64_t& dataStart) {
+bool SkipTagAndPadding(HeaderSource& source, std::int64_t& dataStart, TagSizeBits sizeBits) {
     dataStart = 0;
     if (!source.SetPosition(0))
         return false;
     const TagHeader header = ReadTagHeader(source);
     if (!HasTagIdentifier(header))
         return true;
-    // Four times 7 bits stay below kTagSizeLimit.
-    dataStart = TagSize(header, 0x7F) + kTagHeaderBytes;
+    const std::int64_t size = TagSize(header, static_cast<std::uint8_t>(sizeBits));
+    if (size >= kTagSizeLimit)
+        return false;
+    dataStart = size + kTagHeaderBytes;
     SourceWindow window(source);
     for (;;) {
         const auto bytes = window.At(dataStart, SourceWindow::kBytes);

@@ -1,15 +1,16 @@
-/// A leading ID3v2 tag, by the two rules of the module.
+/// A leading ID3v2 tag, by the rules of the probe, the sample reader and the slice reader.
 ///
-/// The probe and the sample reader have always disagreed about the same tag, and files in use depend on both:
+/// They have always disagreed about the same tag, and files in use depend on each:
 ///
-///                         probe (SkipId3v2Tag)                sample reader (SkipTagAndPadding)
-///     "ID3" in any case   yes, unless the version byte        yes
-///                         behind it is 0x33, the digit 3
-///     size bytes          8 bits each, so that a wrong tag    7 bits each
-///                         may claim more than 256 MiB
-///     behind the tag      nothing                             goes on to the next byte 0xFF
+///                         probe (SkipId3v2Tag)         readers (SkipTagAndPadding)
+///     "ID3" in any case   yes, unless the version      yes
+///                         byte behind it is 0x33,
+///                         the digit 3
+///     size bytes          8 bits each                  sample reader 7 bits each, slice reader 8
+///     behind the tag      nothing                      goes on to the next byte 0xFF
 ///
-/// Neither honours a footer flag, and neither skips a second tag.
+/// With 8 bits a wrong tag may claim 256 MiB or more, which is refused. Neither rule honours a footer flag or
+/// skips a second tag. (The index builder looks for tags by yet another rule.)
 #pragma once
 
 #include "mpa/header_source.h"
@@ -21,8 +22,13 @@ namespace trnmpa {
 /// or more; `firstFrameOffset` is then the claimed size without the tag's own header.
 bool SkipId3v2Tag(HeaderSource& source, std::int64_t& firstFrameOffset);
 
-/// The sample reader's rule, from the start of the source. Sets `dataStart` to 0 without a tag, else to the
-/// first byte 0xFF at or behind the tag's end; false when there is none up to the end of the data.
-bool SkipTagAndPadding(HeaderSource& source, std::int64_t& dataStart);
+/// How many bits of each size byte count.
+enum class TagSizeBits : std::uint8_t { kSeven = 0x7F, kEight = 0xFF };
+
+/// The readers' rule, from the start of the source. Sets `dataStart` to 0 without a tag, else to the first
+/// byte 0xFF at or behind the tag's end; false when there is none up to the end of the data, or the tag
+/// claims 256 MiB or more.
+bool SkipTagAndPadding(HeaderSource& source, std::int64_t& dataStart,
+                       TagSizeBits sizeBits = TagSizeBits::kSeven);
 
 } // namespace trnmpa

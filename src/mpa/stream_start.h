@@ -19,6 +19,11 @@ struct AudioStart {
 /// Nothing when the file has no frame by these rules. That the first frame is whole is not looked at.
 std::optional<AudioStart> LocateAudioStart(HeaderSource& source);
 
+/// True when the layer III frame of `frameBytes` at `offset` is an "Info" frame, which describes the stream
+/// and is never decoded. Only frames that carry the text where a stereo MPEG-1 frame has it are recognised.
+/// Moves the source.
+bool IsInfoFrame(HeaderSource& source, std::int64_t offset, std::int32_t frameBytes);
+
 /// Samples per channel by which the built-in decoder's output of a layer lags behind the audio; the sample
 /// reader leaves them out at the start.
 constexpr std::int32_t BuiltInDecoderDelay(std::int32_t layer) noexcept {

@@ -8,4 +8,12 @@ bool FramesAgree(const AMPFrameInfo& x, const AMPFrameInfo& y) {
            x.pcmBytes == y.pcmBytes;
 }
 
+void ReadAgreeingHeader(IAMPDecoder& decoder, const AMPFrameInfo& stream) {
+    AMPFrameInfo info;
+    do {
+        decoder.ReadFrameHeader();
+        decoder.GetFrameInfo(&info);
+    } while (!FramesAgree(info, stream));
+}
+
 } // namespace trnmpa

@@ -1,6 +1,6 @@
 // How a run of samples is delivered.
 
-#include "reader/frame_agreement.h"
+#include "plugin/module_log.h"
 #include "reader/pcm_gain.h"
 #include "reader/result_codes.h"
 #include "reader/sample_reader.h"
@@ -53,8 +53,8 @@ std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::si
     const auto position = BytePosition(request.startSample, stream_.skipSamples, stream_.format.nBlockAlign);
     if (stream_.muted || !HasFrames() || !position)
         return Silence(bytes, data);
-    stream_.targetFrame = *position / stream_.frameInfo.pcmBytes;
-    const std::int64_t offset = *position % stream_.frameInfo.pcmBytes;
+    stream_.targetFrame = *position / stream_.layout.frame.pcmBytes;
+    const std::int64_t offset = *position % stream_.layout.frame.pcmBytes;
     std::uint8_t* pcm = pcmBufferA_.Require(bytes);
     bool decoded = true;
     try {
@@ -70,9 +70,9 @@ std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::si
         return kDecodeFailed;
     }
     data = pcm;
-    if (stream_.frameInfo.layer == 3) {
+    if (stream_.layout.frame.layer == 3 && frames_->HalvesLayer3()) {
         data = outputBuffer_.Require(bytes);
-        DoubleAmplitude({pcm, bytes}, data);
+        DoubleAmplitude({pcm, bytes}, 16, data);
     }
     return kSuccess;
 }
@@ -85,7 +85,7 @@ std::int32_t KwMpAudioReader2::Silence(std::size_t bytes, unsigned char*& data) 
 
 bool KwMpAudioReader2::HasFrames() const {
     const bool hasEntries = !stream_.hasIndex || !stream_.frameTable.empty();
-    return hasEntries && stream_.frameInfo.pcmBytes > 0;
+    return hasEntries && stream_.layout.frame.pcmBytes > 0;
 }
 
 bool KwMpAudioReader2::CanContinue(std::int64_t frame, std::int64_t offset) const {
@@ -105,22 +105,21 @@ void KwMpAudioReader2::ForgetPosition() {
 /// the stream.
 bool KwMpAudioReader2::Reposition(std::int64_t frame, bool& decoded) {
     ForgetPosition();
+    stream_.isPrimed = true;
     const std::int64_t start = FindPrerollStart(frame);
-    if (start == 0)
-        decoder_->Reset();
     const auto offset = FrameOffset(start);
-    if (!offset || *offset > mediaSource_->GetLength())
+    if (!offset || *offset > frames_->Length())
         return false;
-    mediaSource_->SetPosition(*offset);
+    frames_->JumpTo(*offset, start);
     const std::int64_t firstDecoded = frame - stream_.preroll.decodedFrames;
     for (std::int64_t i = start; i < frame; ++i) {
-        if (i >= firstDecoded) {
-            decoded &= DecodeNextFrame();
-        } else {
-            ReadAgreeingHeader();
-            decoder_->SkipFrame();
-        }
+        if (i >= firstDecoded)
+            stream_.isPrimed &= DecodeNextFrame(decoded);
+        else
+            frames_->Skip(stream_.layout.frame);
     }
+    // Where it can be tried again, a failure here shows in the frame that is delivered.
+    decoded |= frames_->DeservesRetries();
     stream_.currentFrame = frame;
     stream_.nextFrame = frame;
     return true;
@@ -128,11 +127,11 @@ bool KwMpAudioReader2::Reposition(std::int64_t frame, bool& decoded) {
 
 std::int64_t KwMpAudioReader2::FindPrerollStart(std::int64_t frame) {
     if (!stream_.hasIndex)
-        return PrerollStart(stream_.frameInfo, stream_.preroll, frame);
+        return PrerollStart(stream_.layout.frame, stream_.preroll, frame);
     if (frame < static_cast<std::int64_t>(stream_.frameTable.size()))
-        return PrerollStart(stream_.frameInfo, stream_.frameTable, frame, stream_.preroll);
-    stream_.preroll = PrerollFor(stream_.frameInfo, stream_.frameInfo.frameBytes);
-    return PrerollStart(stream_.frameInfo, stream_.preroll, frame);
+        return PrerollStart(stream_.layout.frame, stream_.frameTable, frame, stream_.preroll);
+    stream_.preroll = PrerollFor(stream_.layout.frame, stream_.layout.frame.frameBytes);
+    return PrerollStart(stream_.layout.frame, stream_.preroll, frame);
 }
 
 /// Byte offset from which the decoder's search finds the frame: exact with an index, exact for frames of one
@@ -143,34 +142,44 @@ std::optional<std::int64_t> KwMpAudioReader2::FrameOffset(std::int64_t frame) co
             return std::nullopt;
         return stream_.frameTable[static_cast<std::size_t>(frame)].frameOffset;
     }
-    const AMPFrameInfo& info = stream_.frameInfo;
-    // Far beyond any file, and still exact as a double.
-    constexpr std::int64_t kMostFrames = std::int64_t{1} << 48;
-    if (frame > kMostFrames)
-        return std::nullopt;
-    if (stream_.cbrMode != 0)
-        return frame * info.frameBytes + stream_.dataStart;
-    const int samplesPerFrame = info.pcmBytes / (info.bitsPerSample / 8) / (info.stereo != 0 ? 2 : 1);
-    const double bytes = static_cast<double>(samplesPerFrame) / info.sampleRate * static_cast<double>(frame) *
-                         info.bitRate / 8;
-    const std::int64_t offset = static_cast<std::int64_t>(bytes) + stream_.dataStart;
-    return offset > 0 ? offset - 1 : offset;
+    return ComputedFrameOffset(stream_.layout, frame);
 }
 
-/// Reads headers up to the next frame of the stream's own format. At the end of the data the decoder throws.
-void KwMpAudioReader2::ReadAgreeingHeader() {
-    AMPFrameInfo info;
-    do {
-        decoder_->ReadFrameHeader();
-        decoder_->GetFrameInfo(&info);
-    } while (!FramesAgree(info, stream_.frameInfo));
-}
-
-bool KwMpAudioReader2::DecodeNextFrame() {
+/// Decodes the next frame to pcmBufferB. False when there was none.
+bool KwMpAudioReader2::DecodeNextFrame(bool& decoded) {
     stream_.heldFrame.reset();
-    ReadAgreeingHeader();
-    decoder_->SetOutputBuffer(pcmBufferB_.get());
-    return decoder_->DecodeFrame();
+    const FrameSource::Outcome outcome = frames_->Decode(stream_.layout.frame, pcmBufferB_.get());
+    decoded &= outcome.isGood;
+    return outcome.bytes != 0;
+}
+
+/// Goes back to the current frame, its pre-roll included, until it comes.
+bool KwMpAudioReader2::RetryFrame(bool& decoded) {
+    constexpr int kRetries = 6;
+    const std::int64_t frame = stream_.currentFrame;
+    for (int i = 0; i < kRetries; ++i) {
+        // Just the frame that is delivered decides.
+        bool ignored = true;
+        decoded = true;
+        if (Reposition(frame, ignored) && stream_.isPrimed && DecodeNextFrame(decoded))
+            return true;
+    }
+    stream_.currentFrame = frame;
+    return false;
+}
+
+/// Has the current frame in pcmBufferB. False when the decoder gives none.
+bool KwMpAudioReader2::HoldFrame(bool& decoded) {
+    if (stream_.heldFrame == stream_.currentFrame)
+        return true;
+    bool isGood = true;
+    const bool came = stream_.isPrimed && DecodeNextFrame(isGood);
+    if (!came && frames_->DeservesRetries() && !RetryFrame(isGood))
+        return false;
+    decoded &= isGood;
+    stream_.heldFrame = stream_.currentFrame;
+    stream_.nextFrame = stream_.currentFrame + 1;
+    return true;
 }
 
 /// Copies from the held frame, then decodes frame after frame. Stands before targetFrame or holds it.
@@ -178,13 +187,12 @@ bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, 
     bool decoded = true;
     stream_.currentFrame = stream_.targetFrame;
     for (;; offset = 0, ++stream_.currentFrame) {
-        if (stream_.heldFrame != stream_.currentFrame) {
-            decoded &= DecodeNextFrame();
-            stream_.heldFrame = stream_.currentFrame;
-            stream_.nextFrame = stream_.currentFrame + 1;
+        if (!HoldFrame(decoded)) {
+            Mute(pcm, bytes);
+            return true;
         }
         const auto skipped = static_cast<std::size_t>(offset);
-        const std::size_t available = static_cast<std::size_t>(stream_.frameInfo.pcmBytes) - skipped;
+        const std::size_t available = static_cast<std::size_t>(stream_.layout.frame.pcmBytes) - skipped;
         const std::size_t copied = std::min(available, bytes);
         std::memcpy(pcm, reinterpret_cast<const std::uint8_t*>(pcmBufferB_.get()) + skipped, copied);
         pcm += copied;
@@ -192,6 +200,13 @@ bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, 
         if (bytes == 0)
             return decoded;
     }
+}
+
+/// The external decoder has given up: what is missing of the request is silence.
+void KwMpAudioReader2::Mute(std::uint8_t* pcm, std::size_t bytes) {
+    std::memset(pcm, 0, bytes);
+    ForgetPosition();
+    LogDecodeError(static_cast<std::int32_t>(stream_.targetFrame));
 }
 
 } // namespace trnmpa

@@ -3,6 +3,8 @@
 #include "os/automation_string.h"
 #include "plugin/module_log.h"
 #include "plugin/module_settings.h"
+#include "reader/built_in_frames.h"
+#include "reader/create_frames.h"
 #include "reader/result_codes.h"
 #include "trcommontoolsr/file_access.h"
 
@@ -17,6 +19,7 @@ namespace {
 constexpr std::size_t kPcmBufferBytes = 15360;
 constexpr std::uint32_t kIndexBlockKiB = 512;
 constexpr std::uint32_t kStorageIndexBlockKiB = 64;
+constexpr std::int32_t kBuiltInDecoder = 0;
 constexpr std::int32_t kExternalDecoder = 1;
 
 /// The settings are read before the selector is kept.
@@ -41,8 +44,7 @@ KwMpAudioReader2::~KwMpAudioReader2() {
 }
 
 std::int32_t KwMpAudioReader2::Close() {
-    decoder_.reset();
-    mediaSource_.reset();
+    frames_.reset();
     indexSource_.reset();
     pcmBufferA_.Release();
     pcmBufferB_.reset();
@@ -61,26 +63,25 @@ std::int32_t KwMpAudioReader2::Initialize() {
 }
 
 std::int32_t KwMpAudioReader2::CreateDecoder() {
-    // The external decoder is not part of this module yet.
-    if (decoderUse_ == kExternalDecoder)
+    frames_ = nullptr;
+    if (decoderUse_ == kExternalDecoder) {
+        frames_ = CreateExternalFrames();
+    } else {
+        try {
+            frames_ = std::make_unique<BuiltInFrames>();
+        } catch (const std::bad_alloc&) {
+            return kNoFrameBufferReader;
+        } catch (int) {
+            return kNoDecoder;
+        }
+    }
+    if (frames_ == nullptr)
         return kNoDecoder;
-    decoder_.reset(AMPDecoderCreate());
-    if (decoder_ == nullptr)
-        return kNoDecoder;
-    mediaSource_.reset(new (std::nothrow) CMpAudioFrameBufferReader);
-    if (mediaSource_ == nullptr)
-        return kNoFrameBufferReader;
     try {
         pcmBufferA_.Require(kPcmBufferBytes);
         pcmBufferB_ = std::make_unique<std::int16_t[]>(kPcmBufferBytes / sizeof(std::int16_t));
     } catch (const std::bad_alloc&) {
         return kNoPcmBuffer;
-    }
-    // Another selector leaves the decoder unwired; the open then fails.
-    if (UsesBuiltInDecoder()) {
-        decoder_->SetBitsource(mediaSource_.get());
-        decoder_->SetOutputBuffer(pcmBufferB_.get());
-        decoder_->Reset();
     }
     return kSuccess;
 }
@@ -93,11 +94,11 @@ std::int32_t KwMpAudioReader2::SetInputFile(const std::wstring& path) {
             if (result != kSuccess)
                 return result;
         }
-        if (mediaSource_ == nullptr)
+        if (frames_ == nullptr)
             return kNoDecoder;
         stream_.hasFile = true;
         stream_.path = path;
-        mediaSource_->UseEasyFile(0, MediaBlockKiB());
+        frames_->SetFile(path, MediaBlockKiB());
         return FindIndex();
     } catch (...) {
         return kUnexpectedException;
@@ -150,9 +151,10 @@ std::int32_t KwMpAudioReader2::GetStreamInfo(KW_MEDIA_BASE_INFO_ST* record) {
 }
 
 std::int32_t KwMpAudioReader2::CompleteOpen() {
-    if (decoder_ == nullptr)
+    if (frames_ == nullptr)
         return kNoDecoder;
-    if (!UsesBuiltInDecoder() || mediaSource_->Open(stream_.path) == 0)
+    const bool isKnownDecoder = decoderUse_ == kBuiltInDecoder || decoderUse_ == kExternalDecoder;
+    if (!isKnownDecoder || !stream_.hasFile || !frames_->Open())
         return kMediaNotOpened;
     std::int32_t result = kSuccess;
     if (stream_.hasIndex) {

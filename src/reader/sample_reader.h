@@ -6,7 +6,10 @@
 #include "index/index_format.h"
 #include "mpa/frame_header.h"
 #include "os/wave_format.h"
+#include "plugin/engine_users.h"
 #include "reader/byte_buffer.h"
+#include "reader/frame_position.h"
+#include "reader/frame_source.h"
 #include "reader/preroll.h"
 #include "trnmediadet/media_info.h"
 #include "trnmpafileread/audio_reader_data_in.h"
@@ -27,7 +30,7 @@ namespace trnmpa {
 ///
 /// Results are 1 or a code of reader/result_codes.h. Nothing is thrown after construction. One engine serves
 /// one caller at a time; engines are independent of each other.
-class KwMpAudioReader2 {
+class KwMpAudioReader2 : public SharedEngine {
 public:
     /// Joins the log and reads the settings file; the decoder selector found there holds for the engine's
     /// life.
@@ -61,9 +64,7 @@ private:
         bool hasFile = false; ///< SetInputFile was called
         std::wstring path;
         WAVEFORMATEX format = {};
-        AMPFrameInfo frameInfo;
-        std::int64_t dataStart = 0; ///< byte offset of frame 0 in a file without index
-        std::int32_t cbrMode = 0;
+        FrameLayout layout; ///< its place and bit rate count in a file without index
         bool needsOpen = true;
         KW_MEDIA_BASE_INFO_ST mediaInfo;
         bool hasIndex = false;
@@ -79,9 +80,8 @@ private:
         /// after the end of the stream, a fault or an exception.
         std::optional<std::int64_t> heldFrame;
         std::optional<std::int64_t> nextFrame;
+        bool isPrimed = true; ///< the last reposition decoded all frames before its target
     };
-
-    bool UsesBuiltInDecoder() const { return decoderUse_ == 0; }
 
     std::int32_t CreateDecoder();
     std::int32_t FindIndex();
@@ -90,13 +90,10 @@ private:
 
     // Open with an index.
     std::int32_t OpenWithIndex();
-    void DescribeFromIndex(const MpaIndexHeader& header);
     void CheckAgainstFirstEntry();
 
     // Open without an index.
     std::int32_t OpenWithoutIndex();
-    bool ReadFirstFrame();
-    void DescribeFromFirstFrame();
     void DetectConstantBitRate();
     void SkipInfoFrame();
 
@@ -107,15 +104,16 @@ private:
     bool CanContinue(std::int64_t frame, std::int64_t offset) const;
     bool Reposition(std::int64_t frame, bool& decoded);
     bool ReadSequentially(std::int64_t offset, std::uint8_t* pcm, std::size_t bytes);
+    bool HoldFrame(bool& decoded);
+    void Mute(std::uint8_t* pcm, std::size_t bytes);
     std::int64_t FindPrerollStart(std::int64_t frame);
     std::optional<std::int64_t> FrameOffset(std::int64_t frame) const;
-    void ReadAgreeingHeader();
-    bool DecodeNextFrame();
+    bool DecodeNextFrame(bool& decoded);
+    bool RetryFrame(bool& decoded);
     void ForgetPosition();
 
     const std::int32_t decoderUse_; ///< the decoder selector as construction found it
-    std::unique_ptr<IAMPDecoder> decoder_;
-    std::unique_ptr<CMpAudioFrameBufferReader> mediaSource_;
+    std::unique_ptr<FrameSource> frames_;
     std::unique_ptr<CMpAudioFrameBufferReader> indexSource_;
     ByteBuffer pcmBufferA_;                      ///< the request as decoded
     std::unique_ptr<std::int16_t[]> pcmBufferB_; ///< the last decoded frame

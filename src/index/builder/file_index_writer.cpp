@@ -54,21 +54,18 @@ bool KwMpaFileIndexWriter::OpenMedia(const std::wstring& mediaPath) {
 
 bool KwMpaFileIndexWriter::OpenIndex() {
     unwritten_.clear();
-    return index_->Open(indexPath_) > 0 && WriteHeader();
+    return index_->Open(indexPath_) > 0 && WriteHeader(header_);
 }
 
 std::int32_t KwMpaFileIndexWriter::CreateFileIndex() {
     if (media_ == nullptr || index_ == nullptr)
         return 0;
     gate_.Enter();
-    try {
-        Scan();
-    } catch (...) {
-        Fail();
-    }
+    // Each by itself: whoever cancels waits until both files are closed, whatever went wrong before.
+    FailingOnThrow([this] { Scan(); });
+    FailingOnThrow([this] { index_->Close(); });
+    FailingOnThrow([this] { media_->Close(); });
     scan_.reset();
-    index_->Close();
-    media_->Close();
     gate_.Leave();
     return 1;
 }
@@ -79,8 +76,11 @@ void KwMpaFileIndexWriter::Scan() {
         return Fail();
     if (gate_.StopRequested())
         return;
-    if (index_->SetPosition(0) == 0 || !WriteHeader())
+    if (!RewriteHeader(header_)) {
+        // A part of it may have arrived.
+        RewriteHeader({});
         return Fail();
+    }
     state_ = TRN_INDEX_FINISHED;
 }
 
@@ -115,8 +115,12 @@ bool KwMpaFileIndexWriter::Flush() {
     return written;
 }
 
-bool KwMpaFileIndexWriter::WriteHeader() {
-    const auto bytes = FormatIndexHeader(header_);
+bool KwMpaFileIndexWriter::RewriteHeader(const MpaIndexHeader& header) {
+    return index_->SetPosition(0) != 0 && WriteHeader(header);
+}
+
+bool KwMpaFileIndexWriter::WriteHeader(const MpaIndexHeader& header) {
+    const auto bytes = FormatIndexHeader(header);
     return index_->Write(bytes.data(), static_cast<std::uint32_t>(bytes.size())) != 0;
 }
 
@@ -125,6 +129,15 @@ void KwMpaFileIndexWriter::ReportFrame(const MpaIndexEntry& entry) {
                    std::memory_order_relaxed);
     framesIndexed_.store(header_.frameCount, std::memory_order_relaxed);
     state_.store(TRN_INDEX_RUNNING, std::memory_order_relaxed);
+}
+
+template <typename Step>
+void KwMpaFileIndexWriter::FailingOnThrow(Step&& step) noexcept {
+    try {
+        step();
+    } catch (...) {
+        Fail();
+    }
 }
 
 void KwMpaFileIndexWriter::Fail() {

@@ -42,8 +42,11 @@ private:
     bool ScanFrames();
     bool Append(const MpaIndexEntry& entry);
     bool Flush();
-    bool WriteHeader();
+    bool RewriteHeader(const MpaIndexHeader& header);
+    bool WriteHeader(const MpaIndexHeader& header);
     void ReportFrame(const MpaIndexEntry& entry);
+    template <typename Step>
+    void FailingOnThrow(Step&& step) noexcept;
     void Fail();
 
     std::wstring indexPath_;

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "reader/frame_source.h"
+
+#include <memory>
+
+namespace trnmpa {
+
+/// The external decoder's frames; null in a build without it.
+std::unique_ptr<FrameSource> CreateExternalFrames();
+
+} // namespace trnmpa

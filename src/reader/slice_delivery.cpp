@@ -1,0 +1,231 @@
+// How slices are read, in order and after a jump.
+
+#include "reader/frame_agreement.h"
+#include "reader/pcm_gain.h"
+#include "reader/slice_reader.h"
+#include "reader/slice_times.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace trnmpa {
+
+namespace {
+
+/// Slices that are read and dropped before the one that a jump leads to.
+constexpr std::int64_t kSettlingSlices = 3;
+constexpr std::int64_t kLargestSliceBytes = std::numeric_limits<std::int32_t>::max();
+/// Far behind the end of any stream.
+constexpr std::int64_t kLargestPosition = std::int64_t{1} << 60;
+
+} // namespace
+
+/// Everything that divides or multiplies below has been checked here.
+bool KwMpAudioReader::CanRead() const {
+    const bool hasFrames = stream_.isReady && stream_.layout.frame.pcmBytes > 0 &&
+                           (index_ == nullptr || !stream_.frameTable.empty());
+    if (!hasFrames)
+        return false;
+    const auto start = PcmBytesBeforeSlice(stream_.requestedSlice, frameTime_, stream_.format);
+    const auto end =
+        PcmBytesBeforeSlice(std::int64_t{stream_.requestedSlice} + 1, frameTime_, stream_.format);
+    return start && end && *end <= kLargestPosition && *end - *start <= kLargestSliceBytes;
+}
+
+std::int64_t KwMpAudioReader::BytesBefore(std::int64_t slice) const {
+    return PcmBytesBeforeSlice(slice, frameTime_, stream_.format).value_or(0);
+}
+
+std::int32_t KwMpAudioReader::ReadFrame(PcmSlice& slice) {
+    slice = {};
+    if (!CanRead())
+        return 0;
+    std::int32_t result = ReadRequested(slice);
+    try {
+        if (slice.data != nullptr && HasOutputFormat() && !Convert(slice))
+            result = 0;
+        Amplify(slice);
+    } catch (...) {
+        slice.data = nullptr;
+        slice.length = 0;
+        result = 0;
+    }
+    stream_.currentSlice = ++stream_.requestedSlice;
+    return result;
+}
+
+/// Reads the requested slice and gives the result; the slice stays empty when the decoder throws.
+std::int32_t KwMpAudioReader::ReadRequested(PcmSlice& slice) {
+    const std::int64_t requested = stream_.requestedSlice;
+    const bool jumps = stream_.currentSlice != stream_.requestedSlice || !stream_.knowsPlace;
+    stream_.knowsPlace = false;
+    stream_.slicesBefore = false;
+    try {
+        if (jumps)
+            SeekAndPrime(AnchorSlice(requested), requested);
+        ReadSlice(requested, slice);
+        stream_.knowsPlace = true;
+        return 1;
+    } catch (int code) {
+        // At the end of the data reading on gives the end again, wherever a computed place might lead.
+        stream_.knowsPlace = code == AMP_ERR_END_OF_STREAM;
+        slice.atEnd = code == AMP_ERR_END_OF_STREAM;
+    } catch (...) {
+    }
+    // What does not fill a slice belongs to none.
+    stream_.queue.Clear();
+    // The result of the slices that were read on the way stands, except at the end.
+    return stream_.slicesBefore && !slice.atEnd ? 1 : 0;
+}
+
+void KwMpAudioReader::ReadSlice(std::int64_t slice, PcmSlice& result) {
+    const auto bytes = static_cast<std::size_t>(BytesBefore(slice + 1) - BytesBefore(slice));
+    FillQueue(bytes);
+    LookAhead(bytes + LookAheadBytes());
+    result.data = stream_.queue.Take(bytes).data();
+    result.length = static_cast<std::int32_t>(bytes);
+    result.format = stream_.format;
+}
+
+/// Where reading begins on the way to a slice: far enough back for the decoder to settle and for the
+/// resampler to be primed.
+std::int64_t KwMpAudioReader::AnchorSlice(std::int64_t slice) const {
+    std::int64_t anchor = std::max<std::int64_t>(slice - kSettlingSlices, 0);
+    const auto primed = static_cast<std::int64_t>(LookAheadBytes());
+    const std::int64_t target = BytesBefore(slice);
+    while (anchor > 0 && target - BytesBefore(anchor) < primed)
+        anchor -= std::min<std::int64_t>(anchor, 16);
+    return anchor;
+}
+
+/// Stands before `slice`, with what lies between it and `anchor` decoded and dropped.
+void KwMpAudioReader::SeekAndPrime(std::int64_t anchor, std::int64_t slice) {
+    const std::int64_t start = BytesBefore(anchor) + stream_.startSkip * stream_.format.nBlockAlign;
+    const std::int64_t pcmBytes = stream_.layout.frame.pcmBytes;
+    SeekToFrame(start / pcmBytes);
+    FillQueue(static_cast<std::size_t>(pcmBytes));
+    stream_.queue.Drop(static_cast<std::size_t>(start % pcmBytes));
+    if (anchor < slice) {
+        FillQueue(static_cast<std::size_t>(BytesBefore(anchor + 1) - BytesBefore(anchor)));
+        stream_.slicesBefore = true;
+    }
+    const auto bytes = static_cast<std::size_t>(BytesBefore(slice) - BytesBefore(anchor));
+    FillQueue(bytes);
+    const auto before = stream_.queue.Take(bytes);
+    if (LookAheadBytes() == 0)
+        return;
+    const auto primed = before.last(std::min(before.size(), LookAheadBytes()));
+    converter_->SetResampleParater(primed.data(), static_cast<std::int32_t>(primed.size()), stream_.format,
+                                   outputFormat_, 1, BytesBefore(slice) / stream_.format.nBlockAlign);
+}
+
+/// Stands before `frame` with decoder and source, the bit reservoir and the filter bank filled; the queue is
+/// empty. Throws the decoder's end of stream for a frame outside the file.
+void KwMpAudioReader::SeekToFrame(std::int64_t frame) {
+    stream_.queue.Clear();
+    stream_.postponed.reset();
+    stream_.startDrop = 0;
+    Preroll preroll;
+    const std::int64_t start = PrerollStartOf(frame, preroll);
+    const auto offset = FrameOffset(start);
+    if (!offset || *offset > frames_->Length()) {
+        frames_->MoveTo(frames_->Length());
+        throw static_cast<int>(AMP_ERR_END_OF_STREAM);
+    }
+    frames_->JumpTo(AgreeingPlace(*offset), start);
+    for (std::int64_t i = start; i < frame; ++i) {
+        if (i >= frame - preroll.decodedFrames)
+            frames_->Decode(stream_.layout.frame, framePcm_.data());
+        else
+            frames_->Skip(stream_.layout.frame);
+    }
+}
+
+/// A place that leads to a frame of another format, as a stale index or an estimate may, is taken back by
+/// half a frame.
+std::int64_t KwMpAudioReader::AgreeingPlace(std::int64_t offset) const {
+    const AMPFrameInfo& frame = stream_.layout.frame;
+    if (FramesAgree(frames_->DescribeFrameAt(offset), frame))
+        return offset;
+    return std::max<std::int64_t>(offset - frame.frameBytes / 2, 0);
+}
+
+std::int64_t KwMpAudioReader::PrerollStartOf(std::int64_t frame, Preroll& preroll) const {
+    const AMPFrameInfo& stream = stream_.layout.frame;
+    if (frame < static_cast<std::int64_t>(stream_.frameTable.size()))
+        return PrerollStart(stream, stream_.frameTable, frame, preroll);
+    preroll = PrerollFor(stream, stream.frameBytes);
+    return PrerollStart(stream, preroll, frame);
+}
+
+/// Behind the last entry of an index the place is computed, from numbers that an index route leaves at 0.
+std::optional<std::int64_t> KwMpAudioReader::FrameOffset(std::int64_t frame) const {
+    if (frame < static_cast<std::int64_t>(stream_.frameTable.size()))
+        return stream_.frameTable[static_cast<std::size_t>(frame)].frameOffset;
+    return ComputedFrameOffset(stream_.layout, frame);
+}
+
+void KwMpAudioReader::FillQueue(std::size_t bytes) {
+    while (stream_.queue.Size() < bytes) {
+        if (stream_.postponed)
+            throw *stream_.postponed;
+        DecodeToQueue();
+    }
+}
+
+/// As FillQueue; what the decoder throws is thrown when the bytes are really wanted.
+void KwMpAudioReader::LookAhead(std::size_t bytes) {
+    try {
+        FillQueue(bytes);
+    } catch (int code) {
+        stream_.postponed = code;
+    }
+}
+
+void KwMpAudioReader::DecodeToQueue() {
+    frames_->Decode(stream_.layout.frame, framePcm_.data());
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(framePcm_.data());
+    const auto size = static_cast<std::size_t>(stream_.layout.frame.pcmBytes);
+    const std::size_t dropped = std::min(stream_.startDrop, size);
+    stream_.startDrop -= dropped;
+    stream_.queue.Append({bytes + dropped, size - dropped});
+}
+
+std::size_t KwMpAudioReader::LookAheadBytes() const {
+    if (!HasOutputFormat())
+        return 0;
+    const std::int32_t samples = TRN_PCMBasicProcess::LookAheadSamples(stream_.format, outputFormat_);
+    return static_cast<std::size_t>(std::max(samples, 0)) * stream_.format.nBlockAlign;
+}
+
+bool KwMpAudioReader::HasOutputFormat() const {
+    const WAVEFORMATEX& format = outputFormat_;
+    return format.wFormatTag != 0 || format.nChannels != 0 || format.nSamplesPerSec != 0 ||
+           format.nAvgBytesPerSec != 0 || format.nBlockAlign != 0 || format.wBitsPerSample != 0;
+}
+
+bool KwMpAudioReader::Convert(PcmSlice& slice) {
+    std::uint8_t* converted = nullptr;
+    std::int32_t length = 0;
+    const std::span<std::uint8_t> waiting = stream_.queue.Waiting();
+    const bool done =
+        slice.length == 0 ||
+        converter_->ReformatLPCM(stream_.format, slice.data, slice.length, outputFormat_, converted, length,
+                                 1, waiting.first(std::min(waiting.size(), LookAheadBytes()))) != 0;
+    slice.data = done ? converted : nullptr;
+    slice.length = done ? length : 0;
+    slice.format = outputFormat_;
+    return done;
+}
+
+/// The built-in decoder gives layer III at half of its amplitude.
+void KwMpAudioReader::Amplify(PcmSlice& slice) {
+    if (stream_.layout.frame.layer != 3 || slice.data == nullptr)
+        return;
+    const auto bytes = static_cast<std::size_t>(slice.length);
+    unsigned char* amplified = amplified_.Require(std::max<std::size_t>(bytes, 1));
+    DoubleAmplitude({slice.data, bytes}, slice.format.wBitsPerSample, amplified);
+    slice.data = amplified;
+}
+
+} // namespace trnmpa

@@ -1,0 +1,113 @@
+/// The slice reader engine.
+#pragma once
+
+#include "decoder/decoder_interface.h"
+#include "fileio/frame_buffer_reader.h"
+#include "index/index_format.h"
+#include "os/wave_format.h"
+#include "plugin/engine_users.h"
+#include "reader/built_in_frames.h"
+#include "reader/byte_buffer.h"
+#include "reader/frame_position.h"
+#include "reader/pcm_queue.h"
+#include "reader/preroll.h"
+#include "trnmpafileread/frame_readers.h"
+#include "trnpcmprocenc/pcm_basic_process.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace trnmpa {
+
+/// A slice as ReadFrame hands it out; the bytes belong to the engine until its next call.
+struct PcmSlice {
+    unsigned char* data = nullptr;
+    std::int32_t length = 0; ///< bytes
+    WAVEFORMATEX format = {};
+    bool atEnd = false; ///< the stream ended before the slice was full
+};
+
+/// Delivers the PCM of one MPEG audio file in slices of one duration, numbered from 0, and the places of its
+/// frames. TRN_MpAudioFileReader and TRN_MpaFileCompReader tell what its operations do. Results are 1 or 0.
+/// Nothing is thrown. One engine serves one caller at a time.
+class KwMpAudioReader : public SharedEngine {
+public:
+    KwMpAudioReader() = default;
+    virtual ~KwMpAudioReader() = default;
+    KwMpAudioReader(const KwMpAudioReader&) = delete;
+    KwMpAudioReader& operator=(const KwMpAudioReader&) = delete;
+
+    std::int32_t Initialize();
+    std::int32_t SetInputFile(const std::wstring& path);
+    std::int32_t SetPerPcmFrameTime(std::int64_t time);
+    std::int32_t StartRead();
+    std::int32_t GetOriginalStreamInfo(WAVEFORMATEX& format) const;
+    std::int32_t GetOriginalStreamInfo(tag_KW_MpaStreamInfo& info) const;
+    std::int32_t SetOutputFormat(const WAVEFORMATEX& format);
+    std::int32_t SeekTo(std::uint32_t slice);
+    std::int32_t ReadFrame(PcmSlice& slice);
+    /// The byte position of the frame that holds `time` (100 ns; before the stream counts as its start).
+    std::int32_t PositionByTime(std::int64_t time, std::uint32_t& position);
+
+private:
+    static constexpr std::int64_t kDefaultFrameTime = 400'000;
+
+    /// What StartRead makes of the file.
+    struct Stream {
+        bool isReady = false;
+        WAVEFORMATEX format = {};
+        FrameLayout layout;
+        std::vector<MpaIndexEntry> frameTable;
+        std::int64_t startSkip = 0; ///< samples of decoder delay before slice 0
+        std::uint32_t requestedSlice = 0;
+        std::uint32_t currentSlice = 0;
+        bool knowsPlace = true;       ///< the queue goes on where the last slice ended
+        bool slicesBefore = false;    ///< on the way to the requested slice at least one other was read
+        std::size_t startDrop = 0;    ///< bytes of the first frame that are not delivered
+        PcmQueue queue;               ///< decoded, not delivered
+        std::optional<int> postponed; ///< thrown by the decoder while PCM was still to be delivered
+    };
+
+    void CreateCompanions();
+
+    // Open.
+    bool OpenWithIndex();
+    bool OpenWithoutIndex();
+    bool DetectConstantBitRate();
+
+    // Delivery.
+    bool CanRead() const;
+    std::int64_t BytesBefore(std::int64_t slice) const;
+    std::int32_t ReadRequested(PcmSlice& slice);
+    void ReadSlice(std::int64_t slice, PcmSlice& result);
+    std::int64_t AnchorSlice(std::int64_t slice) const;
+    void SeekAndPrime(std::int64_t anchor, std::int64_t slice);
+    void SeekToFrame(std::int64_t frame);
+    std::int64_t AgreeingPlace(std::int64_t offset) const;
+    std::int64_t PrerollStartOf(std::int64_t frame, Preroll& preroll) const;
+    std::optional<std::int64_t> FrameOffset(std::int64_t frame) const;
+    void FillQueue(std::size_t bytes);
+    void LookAhead(std::size_t bytes);
+    void DecodeToQueue();
+    std::size_t LookAheadBytes() const;
+    bool HasOutputFormat() const;
+    bool Convert(PcmSlice& slice);
+    void Amplify(PcmSlice& slice);
+
+    std::wstring path_;
+    bool hasIndex_ = false;
+    std::int64_t frameTime_ = kDefaultFrameTime;
+    WAVEFORMATEX outputFormat_ = {};
+    std::unique_ptr<BuiltInFrames> frames_;
+    std::unique_ptr<CMpAudioFrameBufferReader> index_;
+    std::unique_ptr<TRN_PCMBasicProcess> converter_;
+    std::array<std::int16_t, kMaximumFramePcmValues> framePcm_ = {};
+    ByteBuffer amplified_;
+    Stream stream_;
+};
+
+} // namespace trnmpa

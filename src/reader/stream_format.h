@@ -1,0 +1,18 @@
+/// What both engines make of an index header or of a stream's first frame.
+#pragma once
+
+#include "decoder/decoder_interface.h"
+#include "index/index_format.h"
+#include "os/wave_format.h"
+
+namespace trnmpa {
+
+/// The PCM that the stream decodes to. The two differ in the extra size (18 and 0), as hosts know them.
+WAVEFORMATEX PcmFormatOf(const MpaIndexHeader& header);
+WAVEFORMATEX PcmFormatOf(const AMPFrameInfo& frame);
+
+/// The stream's frames as the index header describes them. `pcmBytes` is 0 when the header's numbers give no
+/// size that a frame can have; no decoded frame then agrees with it.
+AMPFrameInfo FrameInfoOf(const MpaIndexHeader& header);
+
+} // namespace trnmpa
