@@ -6,10 +6,17 @@
 ///   fail             ReadSamples fails from this sample on
 ///   delay            milliseconds that each ReadSamples takes
 ///   open             result of OpenFile (1)
-/// Each ReadSamples adds a line "start count" to the file with ".requests" appended.
+///   indexOpen        result of OpenFile for the index builder (1)
+///   indexEntries, indexDelay, indexState, indexCrash
+///                    what CountingIndex::Plan says, the delay in milliseconds
+/// The index builder finds the plan by the file, whatever name it is given. Each ReadSamples adds a line
+/// "start count" to the file with ".requests" appended.
 
+#include "index/index_format.h"
+#include "os/output_file.h"
 #include "os/paths.h"
 #include "tools/counted_sample.h"
+#include "tools/counting_index.h"
 #include "trnmediadet/media_info.h"
 #include "trnmpafileread/plugin.h"
 
@@ -19,6 +26,7 @@
 #include <fstream>
 #include <limits>
 #include <map>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -31,13 +39,23 @@ std::filesystem::path PathOf(const std::wstring& wide) {
     return std::filesystem::path(std::u8string(narrow.begin(), narrow.end()));
 }
 
+std::wstring WideOf(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return os::WidenUtf8(std::string(text.begin(), text.end()));
+}
+
 Plan ReadPlan(const std::wstring& media) {
     Plan plan = {{"rate", 44100},
                  {"channels", 2},
                  {"end", std::numeric_limits<std::int64_t>::max()},
                  {"fail", std::numeric_limits<std::int64_t>::max()},
                  {"delay", 0},
-                 {"open", 1}};
+                 {"open", 1},
+                 {"indexOpen", 1},
+                 {"indexEntries", 10},
+                 {"indexDelay", 0},
+                 {"indexState", 1},
+                 {"indexCrash", 0}};
     std::ifstream file(PathOf(media + L".plan"));
     std::string key;
     std::int64_t value = 0;
@@ -46,19 +64,44 @@ Plan ReadPlan(const std::wstring& media) {
     return plan;
 }
 
+/// The media file beside `path` that is the same and has a plan; `path` itself when there is none.
+std::wstring PlannedName(const std::wstring& path) {
+    const std::filesystem::path folder = std::filesystem::absolute(PathOf(path)).parent_path();
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const std::wstring name = WideOf(entry.path());
+        const std::wstring media = name.substr(0, name.rfind(L'.'));
+        if (name.ends_with(L".plan") && os::IsSameFile(media, path))
+            return media;
+    }
+    return path;
+}
+
 class CountingReader : public PLUGIN_FILE_READER_CLASS {
 public:
     std::int32_t GetClassInfo(PLUGIN_READER_CLASS_INFO*) override { return 0; }
 
-    std::int32_t OpenFile(std::wstring path, std::uint32_t) override {
+    std::int32_t OpenFile(std::wstring path, std::uint32_t flags) override {
+        if ((flags & TRN_OPEN_INDEX_BUILDER) != 0)
+            return OpenIndex(path);
         plan_ = ReadPlan(path);
         requests_.open(PathOf(path + L".requests"));
         return static_cast<std::int32_t>(plan_["open"]);
     }
 
-    std::int32_t CreateFileIndex() override { return 0; }
-    std::int32_t GetIndexProgress(std::int32_t, PLUGIN_INDEX_PROGRESS*) override { return 0; }
-    std::int32_t CancelIndexing() override { return 0; }
+    std::int32_t CreateFileIndex() override {
+        index_->Build();
+        return 1;
+    }
+    std::int32_t GetIndexProgress(std::int32_t, PLUGIN_INDEX_PROGRESS* record) override {
+        *record = {};
+        record->framesIndexed = index_->Frames();
+        record->state = index_->State();
+        return 1;
+    }
+    std::int32_t CancelIndexing() override {
+        index_->Cancel();
+        return 1;
+    }
 
     std::int32_t GetFileInfo(std::int32_t kind, void* record) override {
         if (kind != TRN_FILE_INFO_SAMPLE_READER)
@@ -95,7 +138,18 @@ public:
     std::int32_t ClassReserved2() override { return 0; }
 
 private:
+    std::int32_t OpenIndex(const std::wstring& path) {
+        Plan plan = ReadPlan(PlannedName(path));
+        index_ = std::make_unique<test::CountingIndex>(
+            PathOf(trnmpa::IndexPathFor(path)),
+            test::CountingIndex::Plan{plan["indexEntries"], std::chrono::milliseconds(plan["indexDelay"]),
+                                      static_cast<std::uint32_t>(plan["indexState"]),
+                                      plan["indexCrash"] != 0});
+        return static_cast<std::int32_t>(plan["indexOpen"]);
+    }
+
     Plan plan_;
+    std::unique_ptr<test::CountingIndex> index_;
     std::ofstream requests_;
     std::vector<std::int16_t> pcm_;
 };

@@ -4,10 +4,12 @@
 #include "tools/counted_sample.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 
 namespace test {
 
@@ -47,17 +49,27 @@ fs::path CountingModulePath() {
 }
 
 Bytes SilentLayer3(std::size_t frames) {
-    Bytes stream(frames * kSilentFrameBytes);
-    constexpr std::uint8_t kHeader[] = {0xFF, 0xFB, 0x90, 0x00};
+    return FramesOf({0xFF, 0xFB, 0x90, 0x00}, kSilentFrameBytes, frames);
+}
+
+Bytes FramesOf(std::array<std::uint8_t, 4> header, std::size_t frameBytes, std::size_t frames) {
+    Bytes stream(frames * frameBytes);
     for (std::size_t i = 0; i < frames; ++i)
-        std::ranges::copy(kHeader, stream.begin() + static_cast<std::ptrdiff_t>(i) * kSilentFrameBytes);
+        std::ranges::copy(header, stream.begin() + static_cast<std::ptrdiff_t>(i * frameBytes));
     return stream;
 }
 
-Bytes IndexOf(const std::vector<std::uint32_t>& offsets) {
+Bytes IndexOfSilence(std::size_t frames) {
+    std::vector<std::uint32_t> offsets;
+    for (std::size_t i = 1; i < frames; ++i)
+        offsets.push_back(static_cast<std::uint32_t>(i * kSilentFrameBytes));
+    return IndexOf(offsets, frames * kSilentFrameBytes);
+}
+
+Bytes IndexOf(const std::vector<std::uint32_t>& offsets, std::size_t mediaBytes) {
     Bytes index;
     AppendNumber(index, offsets.size(), 4);
-    AppendNumber(index, 0, 4); // media file size, which nobody looks at
+    AppendNumber(index, mediaBytes, 4);
     index.insert(index.end(), {3, 1, 2, 0});
     AppendNumber(index, 128000, 4);
     AppendNumber(index, 44100, 4);
@@ -121,6 +133,23 @@ void ToolTest::AddPlanned(const std::string& name, const Bytes& stream, const Pl
     Add(name, stream);
     Add(name + ".plan", Bytes(text.begin(), text.end()));
     added_.push_back(name + ".requests");
+}
+
+void ToolTest::AddFolder(const std::string& name) const {
+    fs::create_directory(InFolder(name));
+    added_.push_back(name);
+}
+
+bool ToolTest::WaitForNewFiles(const std::string& ending, std::size_t count) const {
+    for (int i = 0; i < 4000; ++i) {
+        const auto names = NewFiles();
+        const auto matching =
+            std::ranges::count_if(names, [&](const std::string& name) { return name.ends_with(ending); });
+        if (static_cast<std::size_t>(matching) >= count)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
 }
 
 bool ToolTest::Exists(const std::string& name) const {

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -25,8 +26,14 @@ inline constexpr std::int64_t kSilentFrameBytes = 417;
 inline constexpr std::int64_t kFrameSamples = 1152;
 inline constexpr std::int64_t kLayer3Delay = 1100;
 
-/// An index whose entries are `offsets`, for such a stream.
-Bytes IndexOf(const std::vector<std::uint32_t>& offsets);
+/// The same frames with the header `header` instead, each of `frameBytes`.
+Bytes FramesOf(std::array<std::uint8_t, 4> header, std::size_t frameBytes, std::size_t frames);
+
+/// An index whose entries are `offsets`, for such a stream of `mediaBytes` bytes.
+Bytes IndexOf(const std::vector<std::uint32_t>& offsets, std::size_t mediaBytes = 0);
+
+/// The index of SilentLayer3(frames).
+Bytes IndexOfSilence(std::size_t frames);
 
 /// The counted samples from `begin` up to `end`, two channels, as the bytes of raw PCM.
 Bytes CountedPcm(std::int64_t begin, std::int64_t end);
@@ -50,18 +57,24 @@ protected:
     /// Puts a stream there together with the counting module's plan for it.
     void AddPlanned(const std::string& name, const Bytes& stream, const Plan& plan) const;
 
+    /// Makes a folder there.
+    void AddFolder(const std::string& name) const;
+
     bool Exists(const std::string& name) const;
     Bytes Read(const std::string& name) const;
 
     /// The requests that the counting module got: start and count.
     std::vector<std::pair<std::int64_t, std::int64_t>> Requests(const std::string& name) const;
 
+    /// Waits until the names of some new files end in `ending`, `count` of them; false when they do not come.
+    bool WaitForNewFiles(const std::string& ending, std::size_t count = 1) const;
+
     /// Names of the files in the scratch folder that the test has not put there itself.
     std::vector<std::string> NewFiles() const;
 
-private:
     std::filesystem::path InFolder(const std::string& name) const;
 
+private:
     ScratchFolder folder_;
     mutable std::vector<std::string> added_;
 };

@@ -10,12 +10,13 @@ namespace mpatool {
 namespace {
 
 constexpr const char* kDescription =
-    "Describes and decodes MPEG audio files (MP2, MP3) with the reader module.";
+    "Describes, decodes and indexes MPEG audio files (MP2, MP3) with the reader module.";
 
 constexpr const char* kExitFooter = R"(Exit status:
-  0  all went well
-  1  a file could not be read, decoded or written; the reason stands on standard error
-  2  the command line makes no sense)";
+  0    all went well
+  1    a file could not be read, decoded or written; the reason stands on standard error
+  2    the command line makes no sense
+  130  ended by Ctrl-C; nothing half-made was left)";
 
 constexpr const char* kDecodeFooter =
     R"(SAMPLES is a plain integer, counted per channel. TIME is 62.5s, 250ms, 1h2m, 1:02.5 or 1:00:00.
@@ -26,9 +27,30 @@ Without --format the extension of OUT decides: .wav, .raw or .pcm; pipes and dev
 A WAV file whose sizes do not fit 32 bits is written as RF64. Raw is interleaved signed
 16-bit little-endian PCM.
 
-Without an index beside FILE, --start decodes what comes before and drops it.
+Without an index beside FILE, --start decodes what comes before and drops it. With one it jumps,
+and sample 0 is another place: an index leaves the first frame out, and with it no decoder delay
+is skipped.
 
 )";
+
+constexpr const char* kIndexFooter =
+    R"(The index of song.mp3 is song.mp3.idx beside it; the module finds it there by itself. It gets its
+name only when it is complete, so an existing one stays whole until then; in a file system without
+links it is moved aside meanwhile. A run that is killed may leave files named .unfinished-*.
+
+--verify writes nothing. It prints "good" and the number of frames, "stale" and the first
+difference, or "no index" for each file; the exit status is 0 when all are good.
+
+)";
+
+constexpr const char* kFramesFooter =
+    R"(The frames are those that the module delivers: with an index beside FILE from its first entry on,
+else from the first frame that is no "Info" frame. A frame's first sample is its place in what
+the module delivers; what lies before sample 0 is left out there.
+
+)";
+
+constexpr int kMaximumJobs = 64;
 
 constexpr const char* kWaveName = "wav";
 constexpr const char* kRawName = "raw";
@@ -37,13 +59,19 @@ constexpr const char* kRawName = "raw";
 struct RawOptions {
     std::string module;
     std::vector<std::string> infoFiles;
+    std::vector<std::string> indexFiles;
     bool json = false;
+    bool csv = false;
     std::string file;
     std::string output;
     std::string format;
     std::string start;
     std::string length;
     bool force = false;
+    bool index = false;
+    bool verify = false;
+    bool recurse = false;
+    int jobs = 1;
 };
 
 StreamLength RequireLength(const std::string& option, const std::string& text) {
@@ -73,8 +101,42 @@ CLI::App* AddDecodeCommand(CLI::App& app, RawOptions& raw) {
     decode->add_option("--length", raw.length, "How much to deliver; less when the stream ends before")
         ->type_name("SAMPLES|TIME");
     decode->add_flag("--force", raw.force, "Overwrite an existing output file");
+    decode->add_flag("--index", raw.index, "Build an index first when there is none");
     decode->footer(std::string(kDecodeFooter) + kExitFooter);
     return decode;
+}
+
+CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
+    CLI::App* index = app.add_subcommand("index", "Build the indexes of files, or check them");
+    index->add_option("FILE", raw.indexFiles, "MPEG audio files, or folders with -r")
+        ->required()
+        ->type_name("");
+    CLI::Option* force = index->add_flag("--force", raw.force, "Replace existing indexes");
+    CLI::Option* jobs = index->add_option("--jobs", raw.jobs, "Files to index side by side, 1 to 64")
+                            ->check(CLI::Range(1, kMaximumJobs).description(""))
+                            ->type_name("N");
+    index->add_flag("--verify", raw.verify, "Compare existing indexes with their files instead")
+        ->excludes(force)
+        ->excludes(jobs);
+    index->add_flag("-r", raw.recurse, "Take all media files in and below folders");
+    index->footer(std::string(kIndexFooter) + kExitFooter);
+    return index;
+}
+
+CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
+    CLI::App* frames = app.add_subcommand("frames", "List the frames of a file");
+    frames->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
+    CLI::Option* json = frames->add_flag("--json", raw.json, "Print a JSON object");
+    frames->add_flag("--csv", raw.csv, "Print comma-separated values below a line of names")->excludes(json);
+    frames->footer(std::string(kFramesFooter) + kExitFooter);
+    return frames;
+}
+
+std::vector<std::wstring> WidenAll(const std::vector<std::string>& texts) {
+    std::vector<std::wstring> wide;
+    for (const std::string& text : texts)
+        wide.push_back(os::WidenUtf8(text));
+    return wide;
 }
 
 DecodeOptions ToDecodeOptions(const RawOptions& raw) {
@@ -89,16 +151,22 @@ DecodeOptions ToDecodeOptions(const RawOptions& raw) {
     if (!raw.length.empty())
         options.length = RequireLength("--length", raw.length);
     options.force = raw.force;
+    options.index = raw.index;
     return options;
 }
 
 InfoOptions ToInfoOptions(const RawOptions& raw) {
-    InfoOptions options;
-    for (const std::string& file : raw.infoFiles)
-        options.files.push_back(os::WidenUtf8(file));
-    options.module = os::WidenUtf8(raw.module);
-    options.json = raw.json;
-    return options;
+    return {WidenAll(raw.infoFiles), os::WidenUtf8(raw.module), raw.json};
+}
+
+IndexOptions ToIndexOptions(const RawOptions& raw) {
+    return {
+        WidenAll(raw.indexFiles), os::WidenUtf8(raw.module), raw.force, raw.verify, raw.recurse, raw.jobs};
+}
+
+FramesOptions ToFramesOptions(const RawOptions& raw) {
+    const TableForm form = raw.json ? TableForm::kJson : raw.csv ? TableForm::kCsv : TableForm::kReadable;
+    return {os::WidenUtf8(raw.file), form};
 }
 
 } // namespace
@@ -113,6 +181,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     app.require_subcommand(1);
     app.fallthrough();
     const CLI::App* info = AddInfoCommand(app, raw);
+    const CLI::App* index = AddIndexCommand(app, raw);
+    const CLI::App* frames = AddFramesCommand(app, raw);
     AddDecodeCommand(app, raw);
     try {
         // CLI11 takes the arguments from the back.
@@ -129,6 +199,10 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     }
     if (info->parsed())
         return ToInfoOptions(raw);
+    if (index->parsed())
+        return ToIndexOptions(raw);
+    if (frames->parsed())
+        return ToFramesOptions(raw);
     return ToDecodeOptions(raw);
 }
 

@@ -31,9 +31,26 @@ struct DecodeOptions {
     StreamLength start;
     std::optional<StreamLength> length; ///< none: to the end
     bool force = false;
+    bool index = false; ///< build an index first when there is none
 };
 
-using Command = std::variant<ShowText, InfoOptions, DecodeOptions>;
+struct IndexOptions {
+    std::vector<std::wstring> files;
+    std::wstring module; ///< empty: the one beside this program
+    bool force = false;  ///< replace existing indexes
+    bool verify = false; ///< compare instead of build
+    bool recurse = false;
+    int jobs = 1;
+};
+
+enum class TableForm { kReadable, kCsv, kJson };
+
+struct FramesOptions {
+    std::wstring file;
+    TableForm form = TableForm::kReadable;
+};
+
+using Command = std::variant<ShowText, InfoOptions, DecodeOptions, IndexOptions, FramesOptions>;
 
 /// Reads the arguments (UTF-8, the program's name first). Throws UsageError.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

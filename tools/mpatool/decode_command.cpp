@@ -1,12 +1,17 @@
 #include "mpatool/decode_command.h"
 
+#include "index/index_format.h"
+#include "mpatool/index_pool.h"
 #include "mpatool/module_host.h"
 #include "mpatool/output_target.h"
 #include "mpatool/progress_bar.h"
 #include "mpatool/stream_scan.h"
+#include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "mpatool/wave_writer.h"
 #include "os/console.h"
+#include "os/output_file.h"
+#include "os/paths.h"
 
 #include <algorithm>
 #include <limits>
@@ -60,6 +65,28 @@ PcmFormat RequireFormat(ModuleReader& reader, const StreamScan& scan, const std:
     return format;
 }
 
+/// Leaves an existing index alone.
+void EnsureIndex(ModuleHost& host, const std::wstring& file) {
+    if (os::KindOfPath(trnmpa::IndexPathFor(file)) != os::PathKind::kMissing)
+        return;
+    BuildIndexes(host, {{file}}, [](const IndexOutcome& outcome) {
+        if (outcome.end == IndexOutcome::End::kFailed)
+            throw ToolError(outcome.message);
+        if (outcome.end == IndexOutcome::End::kCancelled)
+            PrintError(outcome.message);
+    });
+}
+
+/// What the module takes for constant or not is no measure: at 48000 and 24000 Hz it does not look.
+void NoteEstimates(const StreamScan& scan, const std::wstring& file) {
+    if (scan.index || (scan.IsConstantBitRate() && scan.isGapless))
+        return;
+    PrintError(
+        os::NarrowToUtf8(file) + ": positions are estimates (" +
+        (scan.IsConstantBitRate() ? "foreign bytes between frames" : "variable bit rate") +
+        ", no index); to be exact, everything before --start is decoded first; --index builds an index");
+}
+
 /// Reads a stretch of the stream in requests of about a second. The module answers a request that crosses the
 /// end with silence as a whole, so none does.
 class StretchReader {
@@ -111,11 +138,15 @@ void Transfer(StretchReader& reader, const SampleRange& range, std::int64_t read
 
 void RunDecode(const DecodeOptions& options) {
     const OutputChoice choice = ChooseOutput(options);
-    const StreamScan scan = ScanStream(options.file);
     ModuleHost host(options.module);
+    if (options.index)
+        EnsureIndex(host, options.file);
+    const StreamScan scan = ScanStream(options.file);
     ModuleReader module = OpenSampleReader(host, options.file);
     const PcmFormat format = RequireFormat(module, scan, options.file);
     const SampleRange range = ChooseRange(options, scan, format.sampleRate);
+    if (range.begin > 0)
+        NoteEstimates(scan, options.file);
 
     OutputTarget output(choice.path, options.file, options.force);
     if (choice.format == OutputFormat::kWave)

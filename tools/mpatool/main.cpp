@@ -1,5 +1,7 @@
 #include "mpatool/command_line.h"
 #include "mpatool/decode_command.h"
+#include "mpatool/frames_command.h"
+#include "mpatool/index_command.h"
 #include "mpatool/info_command.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
@@ -20,6 +22,11 @@ struct CommandRunner {
     int operator()(const InfoOptions& options) const { return RunInfo(options); }
     int operator()(const DecodeOptions& options) const {
         RunDecode(options);
+        return kExitSuccess;
+    }
+    int operator()(const IndexOptions& options) const { return RunIndex(options); }
+    int operator()(const FramesOptions& options) const {
+        RunFrames(options);
         return kExitSuccess;
     }
 };

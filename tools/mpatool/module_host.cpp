@@ -80,4 +80,11 @@ std::optional<std::span<const std::uint8_t>> ModuleReader::Read(std::int64_t sta
     return std::span<const std::uint8_t>(data, static_cast<std::size_t>(bytes));
 }
 
+PLUGIN_INDEX_PROGRESS ModuleReader::IndexProgress() {
+    PLUGIN_INDEX_PROGRESS progress = {};
+    if (reader_->GetIndexProgress(TRN_INDEX_PROGRESS_RECORD, &progress) != 1)
+        return {};
+    return progress;
+}
+
 } // namespace mpatool

@@ -16,7 +16,8 @@ struct TRN_MEDIA_INFO2;
 
 namespace mpatool {
 
-/// One media file opened by the module.
+/// One media file opened by the module. IndexProgress and CancelIndexing may be called while BuildIndex runs
+/// on another thread.
 class ModuleReader {
 public:
     explicit ModuleReader(std::unique_ptr<PLUGIN_FILE_READER_CLASS> reader) : reader_(std::move(reader)) {}
@@ -36,11 +37,18 @@ public:
     /// the module reports a failure.
     std::optional<std::span<const std::uint8_t>> Read(std::int64_t start, std::uint32_t count);
 
+    /// Builds the index of the file, opened with TRN_OPEN_INDEX_BUILDER; the progress tells how it ended.
+    void BuildIndex() { reader_->CreateFileIndex(); }
+    /// All zeros without an opened index builder. Its percentage wraps for large files.
+    PLUGIN_INDEX_PROGRESS IndexProgress();
+    /// Asks a running build to stop and waits for its end. Is lost when none runs yet.
+    void CancelIndexing() { reader_->CancelIndexing(); }
+
 private:
     std::unique_ptr<PLUGIN_FILE_READER_CLASS> reader_;
 };
 
-/// The loaded module. Readers must not outlive it.
+/// The loaded module. Readers must not outlive it. Not thread-safe.
 class ModuleHost {
 public:
     /// Loads the module at `path`; empty: the one beside this program. Throws ToolError.

@@ -1,7 +1,6 @@
 #include "mpatool/progress_bar.h"
 
 #include "mpatool/time_parse.h"
-#include "os/console.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,11 +8,6 @@
 namespace mpatool {
 
 namespace {
-
-constexpr int kDefaultColumns = 80;
-constexpr int kWidestBar = 40;
-constexpr int kNarrowestBar = 10;
-constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
 
 double Fraction(const Progress& progress) {
     const double fraction = static_cast<double>(progress.doneSamples) /
@@ -41,53 +35,18 @@ std::string Figures(const Progress& progress) {
     return text;
 }
 
-std::string Bar(double fraction, int width) {
-    const auto filled = static_cast<std::size_t>(fraction * width);
-    std::string bar(filled, '=');
-    if (filled < static_cast<std::size_t>(width))
-        bar += '>';
-    bar.resize(static_cast<std::size_t>(width), ' ');
-    return "[" + bar + "]  ";
-}
-
 } // namespace
 
 std::string FormatProgress(const Progress& progress, int columns) {
-    const std::string figures = Figures(progress);
-    constexpr int kBarFrame = 4; // brackets and two blanks
-    const int width = std::min(columns - kBarFrame - static_cast<int>(figures.size()), kWidestBar);
-    const std::string line = width >= kNarrowestBar ? Bar(Fraction(progress), width) + figures : figures;
-    return line.substr(0, static_cast<std::size_t>(std::max(columns, 0)));
-}
-
-ProgressBar::ProgressBar(std::int64_t totalSamples, std::uint32_t sampleRate)
-    : enabled_(os::IsErrorTerminal()), progress_{0, totalSamples, sampleRate, 0}, started_(Clock::now()),
-      lastDrawn_(started_) {}
-
-ProgressBar::~ProgressBar() {
-    if (drawn_)
-        os::WriteErrorText("\n");
+    return WithBar(Fraction(progress), Figures(progress), columns);
 }
 
 void ProgressBar::Update(std::int64_t doneSamples) {
     progress_.doneSamples = doneSamples;
-    if (!enabled_)
+    if (!line_.IsDue() && !(line_.IsShown() && doneSamples >= progress_.totalSamples))
         return;
-    const Clock::time_point now = Clock::now();
-    if (doneSamples >= progress_.totalSamples || now - lastDrawn_ >= kRedrawInterval)
-        Draw(now);
-}
-
-void ProgressBar::Draw(Clock::time_point now) {
-    progress_.elapsedSeconds = std::chrono::duration<double>(now - started_).count();
-    const int columns = os::ErrorTerminalColumns();
-    // One column stays free: a full line would wrap.
-    const int usable = (columns > 0 ? columns : kDefaultColumns) - 1;
-    std::string line = FormatProgress(progress_, usable);
-    line.resize(static_cast<std::size_t>(std::max(usable, 0)), ' ');
-    os::WriteErrorText("\r" + line);
-    drawn_ = true;
-    lastDrawn_ = now;
+    progress_.elapsedSeconds = line_.ElapsedSeconds();
+    line_.Draw(FormatProgress(progress_, line_.Columns()));
 }
 
 } // namespace mpatool

@@ -29,6 +29,7 @@ struct StreamScan {
     std::int32_t delaySamples = 0;    ///< per channel; decoded before sample 0 and left out
     std::int32_t lowestBitRate = 0;   ///< bit/s
     std::int32_t highestBitRate = 0;  ///< bit/s
+    bool isGapless = true;            ///< each frame begins where the one before ends
 
     bool IsConstantBitRate() const { return lowestBitRate == highestBitRate; }
 

@@ -1,5 +1,6 @@
 #include "mpatool/tool_error.h"
 
+#include "os/error_text.h"
 #include "os/paths.h"
 
 namespace mpatool {
@@ -9,5 +10,11 @@ ToolError::ToolError(const std::wstring& file, const std::string& reason)
 
 ToolError::ToolError(const std::wstring& file, const std::wstring& reason)
     : ToolError(file, os::NarrowToUtf8(reason)) {}
+
+void RequireReadable(const std::wstring& path) {
+    const std::wstring reason = os::WhyUnreadable(path);
+    if (!reason.empty())
+        throw ToolError(path, reason);
+}
 
 } // namespace mpatool

@@ -34,4 +34,7 @@ class OutputClosed : public std::exception {};
 /// The user wants the run to end.
 class Interrupted : public std::exception {};
 
+/// Throws ToolError with the system's reason when `path` cannot be read as a file.
+void RequireReadable(const std::wstring& path);
+
 } // namespace mpatool
