@@ -3,10 +3,22 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
+#include <map>
+#include <set>
 #include <sstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
 
 namespace {
+
+using Names = std::set<std::string>;
 
 test::LibraryDescription BuiltModule() {
     const char* path = std::getenv("TRN_MODULE");
@@ -15,22 +27,105 @@ test::LibraryDescription BuiltModule() {
     return test::DescribeLibrary(test::ReadFile(path));
 }
 
-std::set<std::string> ListedNames() {
+struct ListedExports {
+    Names names;
+    Names classes;
+};
+
+ListedExports Listed() {
     const test::Bytes file = test::ReadFile(test::SourceFolder() / "src" / "plugin" / "exports.txt");
     std::istringstream text(std::string(file.begin(), file.end()));
-    std::set<std::string> names;
-    for (std::string name; text >> name;)
-        names.insert(name);
-    return names;
+    ListedExports listed;
+    for (std::string word; text >> word;) {
+        if (word != "class")
+            listed.names.insert(word);
+        else if (text >> word)
+            listed.classes.insert(word);
+    }
+    return listed;
+}
+
+/// As the Itanium C++ ABI writes a class' name.
+std::string Encoded(const std::string& name) {
+    return std::to_string(name.size()) + name;
+}
+
+/// A member, the virtual table, the type description or its name.
+bool BelongsTo(std::string_view symbol, const std::string& className) {
+    const std::string encoded = Encoded(className);
+    constexpr std::array kMembers = {"_ZN", "_ZNK"};
+    constexpr std::array kWhole = {"_ZTV", "_ZTI", "_ZTS"};
+    return std::ranges::any_of(kMembers, [&](const char* p) { return symbol.starts_with(p + encoded); }) ||
+           std::ranges::any_of(kWhole, [&](const char* p) { return symbol == p + encoded; });
+}
+
+/// How the ABI writes std::int64_t.
+constexpr const char* kInt64 = std::is_same_v<std::int64_t, long> ? "l" : "x";
+
+/// The public operations of each exported class, behind "_ZN" and the class' name; "!" stands for
+/// std::int64_t. C1 and D1 make and destroy whole objects, C2 and D2 the base of a host's own, aS is the
+/// assignment.
+const std::map<std::string, std::vector<const char*>>& Operations() {
+    static const std::map<std::string, std::vector<const char*>> operations = {
+        {"ITRN_AUDIO_READER_BASE", {"C2Ev", "C2ERKS_", "aSERKS_", "D2Ev"}},
+        {"ITRN_VIDEO_READER_BASE", {"C1Ev", "C2Ev", "C1ERKS_", "C2ERKS_", "aSERKS_", "D1Ev", "D2Ev", "D0Ev"}},
+        {"TRN_MpAudioFileReader",
+         {"C1Ev", "C1ERKS_", "aSERKS_", "D1Ev", "D0Ev", "10InitializeEv", "18SetPerPCMFrameTimeE!",
+          "12SetInputFileE8CComBSTR", "21GetOriginalStreamInfoER12WAVEFORMATEX",
+          "19SetOutputWAVEFormatER12WAVEFORMATEX", "9StartReadEv", "6SeekToEj",
+          "9ReadFrameEPPhRiP12WAVEFORMATEXS2_", "8StopReadEv"}},
+        {"TRN_MpAudioFileReader2",
+         {"C1Ev", "C1ERKS_", "aSERKS_", "D1Ev", "D0Ev", "10InitializeEv", "6AddRefEv", "6GetRefEv",
+          "7ReleaseEv", "12SetInputFileE8CComBSTR", "10GetSamplesE17AudioReaderDataInPPhRiPm",
+          "11GetItemInfoEPv", "12ConfigureObjEiPviS0_i"}},
+        {"TRN_MpaFileCompReader",
+         {"C1Ev", "C1ERKS_", "aSERKS_", "D1Ev", "D0Ev", "10InitializeEv", "12SetInputFileE8CComBSTR",
+          "9StartReadEv", "21GetOriginalStreamInfoER20tag_KW_MpaStreamInfo", "6SeekToE!Rm",
+          "15ReadAudioSampleEPhRi", "8StopReadEv"}},
+        {"TRN_MpaFileIndexCreator",
+         {"C1Ev", "C1ERKS_", "aSERKS_", "D1Ev", "D0Ev", "10InitializeEv", "12SetInputFileE8CComBSTR",
+          "15CreateFileIndexEv", "21GetFileIdxingProgressER13PROGRESS_INFO", "14CancelIndexingEv"}},
+    };
+    return operations;
+}
+
+std::string Symbol(const std::string& className, std::string operation) {
+    const std::size_t number = operation.find('!');
+    if (number != std::string::npos)
+        operation.replace(number, 1, kInt64);
+    return "_ZN" + Encoded(className) + operation;
 }
 
 } // namespace
 
-TEST(Exports, AreTheListedNames) {
+TEST(Exports, EveryListedNameIsThere) {
+    const ListedExports listed = Listed();
+    EXPECT_THAT(listed.names, testing::ElementsAre("GetPluginReadModule"));
+    EXPECT_THAT(BuiltModule().exports, testing::IsSupersetOf(listed.names));
+}
+
+TEST(Exports, WhatElseIsThereBelongsToAListedClass) {
+    const ListedExports listed = Listed();
     const test::LibraryDescription module = BuiltModule();
-    EXPECT_THAT(ListedNames(), testing::Contains("GetPluginReadModule"));
-    EXPECT_THAT(module.exports, testing::ContainerEq(ListedNames()));
+    for (const std::string& symbol : module.exports) {
+        const bool belongs = std::ranges::any_of(
+            listed.classes, [&](const std::string& name) { return BelongsTo(symbol, name); });
+        EXPECT_TRUE(belongs || listed.names.contains(symbol)) << symbol;
+    }
     EXPECT_EQ(module.unnamedExports, 0u);
+}
+
+TEST(Exports, EveryOperationOfAListedClassIsThere) {
+    const Names exports = BuiltModule().exports;
+    Names described;
+    for (const auto& [name, operations] : Operations()) {
+        described.insert(name);
+        for (const char* operation : operations)
+            EXPECT_THAT(exports, testing::Contains(Symbol(name, operation)));
+        EXPECT_THAT(exports, testing::Contains("_ZTV" + Encoded(name)));
+        EXPECT_THAT(exports, testing::Contains("_ZTI" + Encoded(name)));
+    }
+    EXPECT_EQ(described, Listed().classes) << "each class has its row in this test";
 }
 
 TEST(Exports, TheLibraryIsKnownByItsName) {

@@ -95,21 +95,6 @@ TEST_F(PluginReader, EachFlagOpensItsEngine) {
     EXPECT_TRUE(Delivers(*reader_, whole_));
 }
 
-TEST_F(PluginReader, TheIndexBuilderIsMissingButTheOthersAreOpened) {
-    EXPECT_EQ(reader_->OpenFile(song_, kIndexBuilder), 0);
-    EXPECT_FALSE(HasProbe(*reader_));
-    EXPECT_EQ(reader_->OpenFile(song_, kIndexBuilder | kProbe | kSampleReader), 0);
-    EXPECT_TRUE(HasProbe(*reader_));
-    EXPECT_TRUE(Delivers(*reader_, whole_));
-    PLUGIN_INDEX_PROGRESS progress;
-    EXPECT_EQ(reader_->CreateFileIndex(), 0);
-    for (const std::int32_t kind : {0, 1, 2, -1})
-        EXPECT_EQ(reader_->GetIndexProgress(kind, &progress), 0);
-    EXPECT_EQ(reader_->GetIndexProgress(1, nullptr), 0);
-    EXPECT_EQ(reader_->CancelIndexing(), 0);
-    EXPECT_FALSE(std::filesystem::exists(folder_.Path() / "song.mp3.idx"));
-}
-
 TEST_F(PluginReader, AVariableRateEndsTheOpenWithTwo) {
     for (const std::uint32_t flags : {kProbe, kProbe | kSampleReader, kProbe | kSampleReader | kIndexBuilder,
                                       kProbe | kAlternate, kProbe | kIndexBuilder}) {
@@ -117,6 +102,7 @@ TEST_F(PluginReader, AVariableRateEndsTheOpenWithTwo) {
         EXPECT_EQ(reader->OpenFile(xing_, flags), 2) << flags;
         EXPECT_TRUE(HasProbe(*reader));
         EXPECT_FALSE(HasSampleReader(*reader));
+        EXPECT_FALSE(std::filesystem::exists(folder_.Path() / "xing.mp3.idx"));
     }
     EXPECT_EQ(reader_->OpenFile(xing_, kSampleReader), 1);
     EXPECT_EQ(

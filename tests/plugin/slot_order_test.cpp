@@ -1,8 +1,7 @@
-/// The order of the virtual operations, called by slot number as a host compiled separately calls them. The
-/// numbers are those of the Itanium C++ ABI (GCC, Clang, mingw-w64), where a virtual destructor takes two
-/// slots.
+/// The order of the virtual operations, called by slot number as a host compiled separately calls them.
 #include "reader/reader_streams.h"
 #include "support/loaded_module.h"
+#include "support/virtual_table.h"
 
 #include "trnmediadet/media_info.h"
 
@@ -14,13 +13,7 @@
 
 namespace {
 
-/// The function in a slot of an object's virtual table.
-template <typename Function>
-Function Slot(void* object, std::size_t number) {
-    void* const* table = nullptr;
-    std::memcpy(&table, object, sizeof table);
-    return reinterpret_cast<Function>(table[number]);
-}
+using test::Slot;
 
 /// A copy that the callee takes by value is passed by its address.
 using Path = std::wstring;
@@ -67,6 +60,14 @@ TEST_F(SlotOrder, OfTheReader) {
     EXPECT_EQ(Slot<NoArguments>(reader, 4)(reader), 0);
     EXPECT_EQ(Slot<std::int32_t (*)(void*, std::int32_t, void*)>(reader, 5)(reader, 1, record), 0);
     EXPECT_EQ(Slot<NoArguments>(reader, 6)(reader), 0);
+    const auto indexed = folder_.Add("indexed.mp3", stream_.bytes);
+    EXPECT_EQ(Slot<std::int32_t (*)(void*, Path, std::uint32_t)>(reader, 3)(reader, test::Wide(indexed), 1),
+              1);
+    EXPECT_EQ(Slot<NoArguments>(reader, 4)(reader), 1);
+    EXPECT_EQ(Slot<std::int32_t (*)(void*, std::int32_t, void*)>(reader, 5)(reader, 1, record), 1);
+    EXPECT_EQ(record[0], 100);
+    EXPECT_EQ(record[32], 1);
+    EXPECT_EQ(Slot<NoArguments>(reader, 6)(reader), 1);
     const auto getFileInfo = Slot<std::int32_t (*)(void*, std::int32_t, void*)>(reader, 7);
     TRN_MEDIA_INFO2 probed;
     EXPECT_EQ(getFileInfo(reader, 1, &probed), 1);

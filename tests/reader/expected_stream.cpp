@@ -1,9 +1,14 @@
 #include "reader/expected_stream.h"
 
-#include "decoder/stream_decode.h"
+#include "index/builder/file_index_writer.h"
+#include "reader/foreign_bytes.h"
+#include "reader/reader_streams.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
+#include <stdexcept>
 #include <string>
 
 namespace test {
@@ -13,49 +18,20 @@ namespace {
 using bitstream::FrameRecord;
 using bitstream::Stream;
 
-void Append(std::vector<std::uint8_t>& bytes, std::uint32_t value, int width) {
-    for (int i = 0; i < width; ++i)
-        bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
-}
-
 int SamplesPerFrame(const FrameRecord& frame) {
     return frame.header.layer == 3 && frame.header.lsf ? 576 : 1152;
 }
 
-std::vector<std::uint8_t> IndexOf(const Stream& stream) {
-    const FrameRecord& first = stream.frames.front();
-    std::vector<std::uint8_t> index;
-    Append(index, static_cast<std::uint32_t>(stream.frames.size() - 1), 4);
-    Append(index, static_cast<std::uint32_t>(stream.bytes.size()), 4);
-    Append(index, static_cast<std::uint32_t>(first.header.layer), 1);
-    Append(index, first.header.lsf ? 2 : 1, 1);
-    Append(index, static_cast<std::uint32_t>(first.header.channels), 2);
-    Append(index, static_cast<std::uint32_t>(first.header.kbps * 1000), 4);
-    Append(index, static_cast<std::uint32_t>(first.header.sampleRate), 4);
-    Append(index, 16, 2);
-    Append(index, static_cast<std::uint32_t>(first.length), 2);
-    Append(index, static_cast<std::uint32_t>(SamplesPerFrame(first)), 4);
-    for (std::size_t i = 1; i < stream.frames.size(); ++i) {
-        Append(index, static_cast<std::uint32_t>(stream.frames[i].offset), 4);
-        Append(index, static_cast<std::uint32_t>(stream.frames[i].length), 4);
-    }
-    return index;
-}
-
-/// The decoder's PCM from `offset` on, at full scale, without the first `skipped` samples.
-void FillPcm(ExpectedStream& expected, const Stream& stream, std::size_t offset, std::int64_t skipped) {
-    const FrameRecord& first = stream.frames.front();
-    const DecodedStream decoded = DecodeStream(std::span(stream.bytes).subspan(offset));
-    const int channels = first.header.channels;
-    expected.blockAlign = 2 * channels;
+/// The decoder's PCM of the frames from `firstFrame` on, back to back, without the first `skipped` samples.
+ExpectedStream Expect(const Stream& file, std::size_t firstFrame, std::int64_t skipped) {
+    const FrameRecord& first = file.frames.front();
+    ExpectedStream expected;
+    expected.channels = first.header.channels;
     expected.samplesPerFrame = SamplesPerFrame(first);
     expected.skippedSamples = skipped;
-    expected.samples = static_cast<std::int64_t>(decoded.pcm.size()) / channels - skipped;
-    for (std::size_t i = static_cast<std::size_t>(skipped * channels); i < decoded.pcm.size(); ++i) {
-        const int value =
-            first.header.layer == 3 ? std::clamp(2 * decoded.pcm[i], -32767, 32767) : decoded.pcm[i];
-        Append(expected.pcm, static_cast<std::uint32_t>(value), 2);
-    }
+    expected.pcm = Delivered(FramesAlone(file, firstFrame), static_cast<int>(skipped));
+    expected.samples = static_cast<std::int64_t>(expected.pcm.size()) / expected.channels;
+    return expected;
 }
 
 std::string NextName() {
@@ -86,27 +62,36 @@ bool IsTakenAsConstant(const Stream& stream) {
 
 } // namespace
 
-std::vector<std::uint8_t> ExpectedStream::Answer(std::int64_t start, std::uint32_t count) const {
-    std::vector<std::uint8_t> answer(static_cast<std::size_t>(count) * static_cast<std::size_t>(blockAlign));
+Pcm ExpectedStream::Answer(std::int64_t start, std::uint32_t count) const {
+    Pcm answer(static_cast<std::size_t>(count) * static_cast<std::size_t>(channels));
     if (start <= samples - static_cast<std::int64_t>(count))
-        std::copy_n(pcm.begin() + static_cast<std::ptrdiff_t>(start * blockAlign), answer.size(),
+        std::copy_n(pcm.begin() + static_cast<std::ptrdiff_t>(start * channels), answer.size(),
                     answer.begin());
     return answer;
 }
 
-ExpectedStream AddIndexedStream(const ScratchFolder& folder, const Stream& stream) {
-    ExpectedStream expected;
-    const std::string name = NextName();
-    expected.path = folder.Add(name, stream.bytes);
-    folder.Add(name + ".idx", IndexOf(stream));
-    FillPcm(expected, stream, stream.frames.at(1).offset, 0);
+Bytes BuildIndex(const std::filesystem::path& media) {
+    trnmpa::KwMpaFileIndexWriter builder;
+    PROGRESS_INFO progress = {};
+    const bool built = builder.Initialize() == 1 && builder.SetInputFile(Wide(media)) == 1 &&
+                       builder.CreateFileIndex() == 1 && builder.GetFileIdxingProgress(progress) == 1;
+    if (!built || progress.state != TRN_INDEX_FINISHED)
+        throw std::runtime_error("no index was built of " + media.string());
+    auto index = media;
+    index += ".idx";
+    return ReadFile(index);
+}
+
+ExpectedStream AddIndexedStream(const ScratchFolder& folder, const Stream& file) {
+    ExpectedStream expected = Expect(file, 1, 0);
+    expected.path = folder.Add(NextName(), file.bytes);
+    EXPECT_EQ(BuildIndex(expected.path), IndexOf(file).ToBytes()) << "another list of frames";
     return expected;
 }
 
-ExpectedStream AddPlainStream(const ScratchFolder& folder, const Stream& stream) {
-    ExpectedStream expected;
-    expected.path = folder.Add(NextName(), stream.bytes);
-    FillPcm(expected, stream, 0, stream.frames.front().header.layer == 3 ? 1100 : 0);
+ExpectedStream AddPlainStream(const ScratchFolder& folder, const Stream& file) {
+    ExpectedStream expected = Expect(file, 0, file.frames.front().header.layer == 3 ? kDecoderDelay : 0);
+    expected.path = folder.Add(NextName(), file.bytes);
     return expected;
 }
 

@@ -1,150 +1,21 @@
 // Exact delivery from any position after any history: thousands of random requests against one sequential
 // decode.
 
-#include "reader/expected_stream.h"
-#include "reader/sample_reader.h"
+#include "reader/exact_delivery.h"
+#include "reader/foreign_bytes.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <random>
+#include <string>
+#include <vector>
 
 namespace {
 
-using test::ExpectedStream;
+using test::Engine;
+using test::Surroundings;
 using test::bitstream::ReservoirUse;
 using test::bitstream::StreamOptions;
 using test::bitstream::Version;
-
-struct Request {
-    std::int64_t start = 0;
-    std::uint32_t count = 1;
-};
-
-/// Draws requests of all kinds; remembers where the last one ended.
-class RequestMaker {
-public:
-    RequestMaker(const ExpectedStream& stream, std::uint64_t seed) : stream_(stream), engine_(seed) {}
-
-    Request Next() {
-        Request request;
-        request.start = DrawStart();
-        request.count = DrawCount();
-        nextStart_ = request.start + request.count;
-        return request;
-    }
-
-    std::uint64_t Below(std::int64_t count) {
-        return count > 0 ? engine_() % static_cast<std::uint64_t>(count) : 0;
-    }
-
-private:
-    std::int64_t DrawStart() {
-        const auto frames = stream_.samples / stream_.samplesPerFrame + 1;
-        const auto frame = static_cast<std::int64_t>(Below(frames));
-        switch (Below(10)) {
-        case 0:
-            return 0;
-        case 1:
-        case 2:
-        case 3:
-            return nextStart_;
-        case 4: // a frame's first sample
-            return std::max<std::int64_t>(frame * stream_.samplesPerFrame - stream_.skippedSamples, 0);
-        case 5: // beside it
-            return std::max<std::int64_t>(frame * stream_.samplesPerFrame - stream_.skippedSamples +
-                                              static_cast<std::int64_t>(Below(3)) - 1,
-                                          0);
-        case 6: // near the end
-            return std::max<std::int64_t>(stream_.samples - static_cast<std::int64_t>(Below(3000)), 0);
-        case 7: // behind it
-            return Below(4) == 0 ? stream_.samples + static_cast<std::int64_t>(Below(100000))
-                                 : nextStart_ / 2;
-        default:
-            return static_cast<std::int64_t>(Below(stream_.samples));
-        }
-    }
-
-    std::uint32_t DrawCount() {
-        switch (Below(8)) {
-        case 0:
-            return 1;
-        case 1:
-            return static_cast<std::uint32_t>(stream_.samplesPerFrame);
-        case 2:
-            return static_cast<std::uint32_t>(Below(8 * stream_.samplesPerFrame)) + 1;
-        case 3:
-            return Below(20) == 0 ? static_cast<std::uint32_t>(stream_.samples) + 1 : 7;
-        default:
-            return static_cast<std::uint32_t>(Below(stream_.samplesPerFrame)) + 1;
-        }
-    }
-
-    const ExpectedStream& stream_;
-    std::mt19937_64 engine_;
-    std::int64_t nextStart_ = 0;
-};
-
-class Engine {
-public:
-    explicit Engine(const ExpectedStream& stream) {
-        KW_MEDIA_BASE_INFO_ST info;
-        isOpen = reader_.Initialize() == 1 && reader_.SetInputFile(test::Wide(stream.path)) == 1 &&
-                 reader_.GetStreamInfo(&info) == 1 && info.audioFormat.nBlockAlign == stream.blockAlign;
-    }
-
-    std::int32_t Read(std::int64_t start, std::uint32_t count) {
-        AudioReaderDataIn request;
-        request.startSample = start;
-        request.sampleCount = count;
-        return reader_.GetSamples(request, data, size, nullptr);
-    }
-
-    /// A history that must not matter.
-    void Spoil(const ExpectedStream& stream) {
-        Read(stream.samples - 1, 2);
-        Read(-1, 1);
-        Read(stream.samples / 2, 1);
-        Read(std::numeric_limits<std::int64_t>::max(), 1);
-        Read(0, 0);
-        Read(stream.samples + 1000000, 3);
-    }
-
-    bool isOpen = false;
-    unsigned char* data = nullptr;
-    std::int32_t size = 0;
-
-private:
-    trnmpa::KwMpAudioReader2 reader_;
-};
-
-::testing::AssertionResult Answers(Engine& engine, const ExpectedStream& stream, const Request& request) {
-    const auto expected = stream.Answer(request.start, request.count);
-    const std::int32_t result = engine.Read(request.start, request.count);
-    if (result != 1 || engine.size != static_cast<std::int32_t>(expected.size()))
-        return ::testing::AssertionFailure() << "result " << result << ", " << engine.size << " bytes";
-    if (std::memcmp(engine.data, expected.data(), expected.size()) != 0)
-        return ::testing::AssertionFailure() << "other samples";
-    return ::testing::AssertionSuccess();
-}
-
-void ExpectExactDelivery(const ExpectedStream& stream, std::uint64_t seed, int sequences) {
-    constexpr int kRequestsPerSequence = 12;
-    ASSERT_GT(stream.samples, 4 * stream.samplesPerFrame);
-    for (int sequence = 0; sequence < sequences; ++sequence) {
-        RequestMaker requests(stream, seed * 1000 + static_cast<std::uint64_t>(sequence));
-        Engine engine(stream);
-        ASSERT_TRUE(engine.isOpen);
-        if (sequence % 3 == 2)
-            engine.Spoil(stream);
-        std::string history;
-        for (int i = 0; i < kRequestsPerSequence; ++i) {
-            const Request request = requests.Next();
-            history += " " + std::to_string(request.start) + "+" + std::to_string(request.count);
-            ASSERT_TRUE(Answers(engine, stream, request)) << "sequence " << sequence << ":" << history;
-        }
-    }
-}
 
 std::string Describe(const StreamOptions& options) {
     return "version " + std::to_string(static_cast<int>(options.version)) + " layer " +
@@ -196,25 +67,41 @@ std::vector<StreamOptions> LayerTwoStreams() {
     return streams;
 }
 
-TEST(RandomAccess, VariableBitRateWithAnIndex) {
+/// Where the index comes from the module's own builder and the file holds all that it may hold.
+void ExpectExactWithIndex(const StreamOptions& options, int sequences) {
+    const auto written = test::bitstream::WriteStream(options);
     const test::ScratchFolder folder;
-    for (const StreamOptions& options : VariableStreams()) {
-        SCOPED_TRACE(Describe(options));
-        const auto stream = test::AddIndexedStream(folder, test::bitstream::WriteStream(options));
-        ExpectExactDelivery(stream, options.seed, 20);
-        if (HasFatalFailure())
-            return;
+    const Surroundings every[] = {{}, {.junk = true}, {.tag = true, .infoFrame = true, .junk = true}};
+    for (Surroundings surroundings : every) {
+        surroundings.seed = options.seed;
+        SCOPED_TRACE(Describe(options) + (surroundings.junk ? ", junk" : "") +
+                     (surroundings.tag ? ", tag" : ""));
+        const auto stream = test::AddIndexedStream(folder, test::Surround(written, surroundings));
+        ASSERT_NO_FATAL_FAILURE(test::ExpectExactDelivery(stream, options.seed, sequences));
+    }
+}
+
+TEST(RandomAccess, VariableBitRateWithAnIndex) {
+    for (const StreamOptions& options : VariableStreams())
+        ASSERT_NO_FATAL_FAILURE(ExpectExactWithIndex(options, 8));
+}
+
+/// With and without padding; the reservoir is used or not.
+TEST(RandomAccess, ConstantBitRateWithAnIndex) {
+    for (StreamOptions options : VariableStreams()) {
+        options.bitrateIndices = {options.seed % 2 == 0 ? 3 : 9};
+        options.layer3.reservoir = options.seed % 3 == 0 ? ReservoirUse::kNone : ReservoirUse::kRandom;
+        options.frames = 50;
+        ASSERT_NO_FATAL_FAILURE(ExpectExactWithIndex(options, 4));
     }
 }
 
 TEST(RandomAccess, LayerTwoWithAnIndex) {
-    const test::ScratchFolder folder;
-    for (const StreamOptions& options : LayerTwoStreams()) {
-        SCOPED_TRACE(Describe(options));
-        const auto stream = test::AddIndexedStream(folder, test::bitstream::WriteStream(options));
-        ExpectExactDelivery(stream, options.seed, 10);
-        if (HasFatalFailure())
-            return;
+    for (StreamOptions options : LayerTwoStreams()) {
+        ASSERT_NO_FATAL_FAILURE(ExpectExactWithIndex(options, 5));
+        options.bitrateIndices =
+            options.mode == test::model::kSingleChannel ? std::vector{1, 5, 10} : std::vector{6, 10, 14};
+        ASSERT_NO_FATAL_FAILURE(ExpectExactWithIndex(options, 5));
     }
 }
 
@@ -230,7 +117,7 @@ TEST(RandomAccess, ConstantBitRateWithoutAnIndex) {
             if (!test::IsFoundByArithmetic(written))
                 continue;
             ++used;
-            ExpectExactDelivery(test::AddPlainStream(folder, written), options.seed, 8);
+            test::ExpectExactDelivery(test::AddPlainStream(folder, written), options.seed, 8);
             if (HasFatalFailure())
                 return;
         }
@@ -247,26 +134,26 @@ TEST(RandomAccess, LayerTwoWithoutAnIndex) {
         if (!test::IsFoundByArithmetic(written))
             continue;
         ++used;
-        ExpectExactDelivery(test::AddPlainStream(folder, written), options.seed, 10);
+        test::ExpectExactDelivery(test::AddPlainStream(folder, written), options.seed, 10);
         if (HasFatalFailure())
             return;
     }
     EXPECT_GT(used, 7);
 }
 
-/// Frame 0 in pieces, and a fresh engine whose first request begins at the boundary of frame 1.
+/// Frame 0 in pieces, and a fresh engine whose first request begins at the boundary of another frame.
 TEST(RandomAccess, TheFirstFrames) {
     const test::ScratchFolder folder;
     const auto options = VariableStreams().front();
     const auto stream = test::AddIndexedStream(folder, test::bitstream::WriteStream(options));
-    Engine inPieces(stream);
+    Engine inPieces(stream.path);
     for (std::int64_t start = 0; start < 3 * stream.samplesPerFrame; start += 100)
-        ASSERT_TRUE(Answers(inPieces, stream, {start, 100})) << start;
+        ASSERT_TRUE(test::Answers(inPieces, stream, start, 100)) << start;
     for (std::int64_t start = 500; start >= 0; start -= 100)
-        ASSERT_TRUE(Answers(inPieces, stream, {start, 100})) << start;
+        ASSERT_TRUE(test::Answers(inPieces, stream, start, 100)) << start;
     for (std::int64_t frame = 0; frame < 5; ++frame) {
-        Engine fresh(stream);
-        ASSERT_TRUE(Answers(fresh, stream, {frame * stream.samplesPerFrame, 100})) << frame;
+        Engine fresh(stream.path);
+        ASSERT_TRUE(test::Answers(fresh, stream, frame * stream.samplesPerFrame, 100)) << frame;
     }
 }
 

@@ -3,6 +3,7 @@
 #include "decoder/stream_decode.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace test {
 
@@ -71,7 +72,10 @@ Pcm DeliveredFrom(const bitstream::Stream& stream, std::size_t first, int skippe
 Bytes DescribingFrame(const bitstream::Stream& stream, std::string_view text) {
     Bytes frame(static_cast<std::size_t>(stream.frames.front().length));
     std::copy_n(stream.bytes.begin(), 4, frame.begin());
-    std::ranges::copy(text, frame.begin() + 36);
+    if (frame.size() < 36 + text.size() && !text.empty())
+        throw std::invalid_argument("the frame has no room for the text");
+    for (std::size_t i = 0; i < text.size(); ++i)
+        frame[36 + i] = static_cast<std::uint8_t>(text[i]);
     return frame;
 }
 

@@ -163,7 +163,7 @@ TEST(LowRateLayer2, IsNotDescribedWithoutAnIndexAndReadWithOne) {
         EXPECT_NE(module.CreateReader()->OpenFile(Wide(stream.Path()), TRN_OPEN_PROBE), 1);
 
         const fs::path path = scratch.Add(stream.file, ReadFile(stream.Path()));
-        scratch.Add(stream.file + ".idx", ReadFile(stream.IndexPath()));
+        BuildIndexBeside(module, path);
         const auto reader = module.OpenForReading(path);
         ASSERT_NE(reader, nullptr);
         const Pcm reference = stream.Reference();

@@ -51,4 +51,14 @@ Pcm ExpectedAnswer(const Pcm& whole, int channels, std::int64_t start, std::uint
     return Pcm(first, first + length);
 }
 
+Bytes BuildIndexBeside(LoadedModule& module, std::filesystem::path media) {
+    const auto reader = module.CreateReader();
+    PLUGIN_INDEX_PROGRESS progress = {};
+    EXPECT_EQ(reader->OpenFile(Wide(media), TRN_OPEN_INDEX_BUILDER), 1);
+    EXPECT_EQ(reader->CreateFileIndex(), 1);
+    EXPECT_EQ(reader->GetIndexProgress(TRN_INDEX_PROGRESS_RECORD, &progress), 1);
+    EXPECT_EQ(progress.state, 1u) << "not finished";
+    return ReadFile(media += ".idx");
+}
+
 } // namespace test

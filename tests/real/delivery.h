@@ -2,8 +2,10 @@
 #pragma once
 
 #include "support/loaded_module.h"
+#include "support/test_files.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <span>
 
 namespace test {
@@ -24,5 +26,8 @@ Pcm ReadThrough(PLUGIN_FILE_READER_CLASS& reader, std::int64_t samples, std::uin
 /// The samples from `start` on that a request of `count` must bring (both per channel): those of `whole`, or
 /// silence of the full length when any of them lies behind its end.
 Pcm ExpectedAnswer(const Pcm& whole, int channels, std::int64_t start, std::uint32_t count);
+
+/// Has the module build the index beside a file and gives it; reports a failure to the running test.
+Bytes BuildIndexBeside(LoadedModule& module, std::filesystem::path media);
 
 } // namespace test

@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
+#include <span>
 
 namespace {
 
@@ -95,10 +97,11 @@ protected:
             AskAround(module_, whole, generator_);
     }
 
-    /// A copy of the stream with its index beside it.
+    /// A copy of the stream with the index beside it that the module builds.
     std::filesystem::path CopyWithIndex(const RealStream& stream) {
-        scratch_.Add(stream.file + ".idx", ReadFile(stream.IndexPath()));
-        return scratch_.Add(stream.file, ReadFile(stream.Path()));
+        const auto path = scratch_.Add(stream.file, ReadFile(stream.Path()));
+        BuildIndexBeside(module_, path);
+        return path;
     }
 };
 
@@ -114,6 +117,35 @@ TEST_F(RealRandomAccess, ConstantBitRateIsExactWithoutAnIndex) {
     EXPECT_GE(streams, 50);
 }
 
+TEST_F(RealRandomAccess, AnIndexListsTheFramesThatOthersSee) {
+    int streams = 0;
+    for (const RealStream& stream : RealStreams()) {
+        if (stream.IsFreeFormat() || stream.IsLowRateLayer2())
+            continue;
+        SCOPED_TRACE(stream.file);
+        const auto path = scratch_.Add(stream.file, ReadFile(stream.Path()));
+        EXPECT_TRUE(BuildIndexBeside(module_, path) == ReadFile(stream.IndexPath()));
+        ++streams;
+    }
+    EXPECT_GE(streams, 70);
+}
+
+// At the lower sampling frequencies Layer II frames stand in the index at half their length.
+TEST_F(RealRandomAccess, AnIndexListsLowRateLayer2AtTheRightPlaces) {
+    for (const char* file : {"l2-22-64.mp2", "l2-24-80-joint.mp2", "l2-16-32-mono.mp2"}) {
+        SCOPED_TRACE(file);
+        const RealStream& stream = RealStreamNamed(file);
+        const Bytes built = BuildIndexBeside(module_, scratch_.Add(file, ReadFile(stream.Path())));
+        const Bytes seen = ReadFile(stream.IndexPath());
+        ASSERT_EQ(built.size(), seen.size());
+        for (std::size_t entry = 28; entry < seen.size(); entry += 8) {
+            const auto offset = std::span(seen).subspan(entry, 4);
+            EXPECT_TRUE(std::ranges::equal(std::span(built).subspan(entry, 4), offset)) << entry;
+            EXPECT_NE(built[entry + 4] | built[entry + 5] << 8, seen[entry + 4] | seen[entry + 5] << 8);
+        }
+    }
+}
+
 TEST_F(RealRandomAccess, EveryStreamIsExactWithAnIndex) {
     int streams = 0;
     for (const RealStream& stream : RealStreams()) {
@@ -125,6 +157,26 @@ TEST_F(RealRandomAccess, EveryStreamIsExactWithAnIndex) {
         ++streams;
     }
     EXPECT_GE(streams, 40);
+}
+
+TEST_F(RealRandomAccess, JunkBetweenFramesChangesNothingWithAnIndex) {
+    for (const char* file : {"vbr-44-v2.mp3", "low-22-64.mp3", "mono-11-16.mp3", "l2-44-192.mp2"}) {
+        SCOPED_TRACE(file);
+        const RealStream& stream = RealStreamNamed(file);
+        const OpenedWhole clean = ReadWhole(stream, CopyWithIndex(stream), stream.SamplesWithIndex());
+        const Bytes index = ReadFile(stream.IndexPath());
+        Bytes dirty = ReadFile(stream.Path());
+        for (const std::size_t entry : {90u, 50u, 11u, 3u}) {
+            const auto* place = &index.at(28 + 8 * entry);
+            const auto offset = static_cast<std::ptrdiff_t>(place[0] | place[1] << 8 | place[2] << 16);
+            dirty.insert(dirty.begin() + offset, entry == 50 ? 4096 : 4 * entry, 0x55);
+        }
+        const auto path = scratch_.Add("dirty-" + stream.file, dirty);
+        EXPECT_EQ(BuildIndexBeside(module_, path).size(), index.size());
+        OpenedWhole whole = ReadWhole(stream, path, stream.SamplesWithIndex());
+        EXPECT_TRUE(whole.pcm == clean.pcm);
+        AskManyReaders(whole);
+    }
 }
 
 TEST_F(RealRandomAccess, AnIndexBringsTheSoundFromItsFirstEntryOn) {
