@@ -78,7 +78,8 @@ static_assert(sizeof(PLUGIN_READER_CLASS_INFO) == 64);
 
 /// Progress of the index builder, 40 bytes.
 struct PLUGIN_INDEX_PROGRESS {
-    std::uint32_t percent;       ///< 0 to 100
+    /// 0 to 100, but computed in 32 bits: meaningless for files of more than 42,949,672 bytes until the end.
+    std::uint32_t percent;
     std::uint32_t framesIndexed; ///< index entries written so far
     std::int64_t reserved[3];    ///< zeros
     std::uint32_t state;         ///< 0 running or not started, 1 finished, 2 failed, 3 cancelled
@@ -100,17 +101,23 @@ public:
     /// also for flags 0; TRN_OPEN_VARIABLE_BIT_RATE when the probe says so (later phases are then not run); 0
     /// at the first failure.
     ///
-    /// The index builder is not part of this version: its flag gives 0.
+    /// The index builder's open empties or makes the index beside the file and stands ready to build it; 0
+    /// for a file without a frame where one is looked for, of 4 GiB or more, or when the index cannot be
+    /// written.
     virtual std::int32_t OpenFile(std::wstring path, std::uint32_t flags) = 0;
 
-    /// Builds the index beside the open file, on this thread. 0 without an index builder.
+    /// Builds the index beside the open file, on this thread, and gives 1 whether that finished, failed or
+    /// was cancelled: GetIndexProgress tells. 0 without an index builder. Engines that are open use the new
+    /// index from their next open on.
     virtual std::int32_t CreateFileIndex() = 0;
 
-    /// Fills `record` with the builder's progress. 0 without an index builder, for a null pointer or a `kind`
-    /// other than TRN_INDEX_PROGRESS_RECORD.
+    /// Fills `record` with the builder's progress; may be called on another thread while CreateFileIndex
+    /// runs. 0 without an index builder, for a null pointer or a `kind` other than
+    /// TRN_INDEX_PROGRESS_RECORD.
     virtual std::int32_t GetIndexProgress(std::int32_t kind, PLUGIN_INDEX_PROGRESS* record) = 0;
 
-    /// Stops a running CreateFileIndex and waits for its end. 0 without an index builder.
+    /// Called on another thread: stops a running CreateFileIndex and waits for its end. Gives 1; 0 without an
+    /// index builder.
     virtual std::int32_t CancelIndexing() = 0;
 
     /// Describes the file. With TRN_FILE_INFO_PROBE, `record` points to a TRN_MEDIA_INFO2 that is filled from

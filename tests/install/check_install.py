@@ -35,7 +35,8 @@ def by_package(prefix, folder, toolchain, emulator):
     if toolchain:
         # A toolchain file has search folders of its own.
         package = next(prefix.glob("lib*/**/trnmpafileread-config.cmake")).parent
-        more = [f"-DCMAKE_TOOLCHAIN_FILE={toolchain}", f"-Dtrnmpafileread_DIR={package}"]
+        more = [f"-DCMAKE_TOOLCHAIN_FILE={toolchain}", f"-Dtrnmpafileread_DIR={package}",
+                "-DCMAKE_EXE_LINKER_FLAGS=-static"]
     run("cmake", "-G", "Ninja", "-S", SOURCE / "tests" / "install" / "consumer", "-B", build,
         f"-DCMAKE_PREFIX_PATH={prefix}", f"-DEXAMPLE={EXAMPLE}", "-DCMAKE_BUILD_TYPE=Debug", *more)
     run("cmake", "--build", build)
