@@ -3,7 +3,7 @@
 ///     TRN_MpaFileIndexCreator creator;
 ///     creator.Initialize();
 ///     if (creator.SetInputFile(L"song.mp3") == 1)
-///         creator.CreateFileIndex(); // minutes of work at most; runs on this thread
+///         creator.CreateFileIndex(); // runs on this thread
 ///     PROGRESS_INFO progress = {};
 ///     creator.GetFileIdxingProgress(progress);
 ///     // progress.state is 1: "song.mp3.idx" is complete.
@@ -27,8 +27,9 @@ class KwMpaFileIndexWriter;
 
 /// Progress of the index builder, 40 bytes.
 struct PROGRESS_INFO {
-    /// 0 to 100, but computed in 32 bits: meaningless for media files of more than 42,949,672 bytes until the
-    /// scan ends.
+    /// The end of the last frame in hundredths of the file, so that a cut last frame may give more than 100;
+    /// 100 where the search behind it found no more. Computed in 32 bits: meaningless, at the end too, for
+    /// media files of more than 42,949,672 bytes. Go by `state`.
     std::uint32_t percent;
     std::uint32_t framesIndexed; ///< entries so far
     unsigned char reserved[24];  ///< zeros
@@ -63,7 +64,8 @@ public:
 
     /// Runs the whole scan on this thread and closes both files. 0 before Initialize; else 1, whether the run
     /// finished, failed or was cancelled: GetFileIdxingProgress tells. Only a finished run leaves a complete
-    /// index; another leaves its entries behind a placeholder header.
+    /// index; another leaves its entries behind a placeholder header. Once for each SetInputFile: a further
+    /// call changes no file and ends with state 2.
     std::int32_t CreateFileIndex();
 
     /// Copies the progress of the run to `progress`; its numbers may belong to two neighbouring frames. 0

@@ -78,7 +78,8 @@ static_assert(sizeof(PLUGIN_READER_CLASS_INFO) == 64);
 
 /// Progress of the index builder, 40 bytes.
 struct PLUGIN_INDEX_PROGRESS {
-    /// 0 to 100, but computed in 32 bits: meaningless for files of more than 42,949,672 bytes until the end.
+    /// 0 to 100, or more for a cut last frame. Computed in 32 bits: meaningless, at the end too, for files of
+    /// more than 42,949,672 bytes. Go by `state`.
     std::uint32_t percent;
     std::uint32_t framesIndexed; ///< index entries written so far
     std::int64_t reserved[3];    ///< zeros
@@ -117,7 +118,7 @@ public:
     virtual std::int32_t GetIndexProgress(std::int32_t kind, PLUGIN_INDEX_PROGRESS* record) = 0;
 
     /// Called on another thread: stops a running CreateFileIndex and waits for its end. Gives 1; 0 without an
-    /// index builder.
+    /// index builder. To be called once for each OpenFile: a further call only asks and does not wait.
     virtual std::int32_t CancelIndexing() = 0;
 
     /// Describes the file. With TRN_FILE_INFO_PROBE, `record` points to a TRN_MEDIA_INFO2 that is filled from

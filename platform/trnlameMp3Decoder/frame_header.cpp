@@ -43,8 +43,8 @@ std::optional<FrameHeader> ParseHeader(std::span<const std::uint8_t, kHeaderByte
     header.bitRate = BitRate(format, bitRateIndex);
     header.hasCrc = (bytes[1] & 1) == 0;
     const std::int32_t padding = bytes[2] >> 1 & 1;
-    header.frameBytes =
-        static_cast<std::size_t>(format.FrameSamples() / 8 * header.bitRate / format.sampleRate + padding);
+    const std::int32_t frameBytes = format.FrameSamples() / 8 * header.bitRate / format.sampleRate + padding;
+    header.frameBytes = static_cast<std::size_t>(frameBytes);
     return header;
 }
 

@@ -115,9 +115,9 @@ void SliceResampler::AppendMirrored(std::size_t samples) {
 /// output sample stands behind the last one by the reciprocal of the ratio, so one output sample is taken for
 /// each step.
 bool SliceResampler::Skip(std::span<const float>& input, double inputSamples) {
-    const double steps = std::ceil(inputSamples / kLongestSkip);
+    const int steps = static_cast<int>(std::ceil(inputSamples / kLongestSkip));
     std::vector<float> dropped(channels_);
-    for (double step = 0; step < steps; ++step)
+    for (int step = 0; step < steps; ++step)
         if (!Process(input, dropped, steps / inputSamples))
             return false;
     return true;

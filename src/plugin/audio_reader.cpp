@@ -34,12 +34,13 @@ TRN_MpAudioFileReader2::TRN_MpAudioFileReader2(const TRN_MpAudioFileReader2& oth
     : ITRN_AUDIO_READER_BASE(other), engine_(trnmpa::ShareEngine(other.engine_)) {}
 
 TRN_MpAudioFileReader2& TRN_MpAudioFileReader2::operator=(const TRN_MpAudioFileReader2& other) {
-    trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
+    if (this != &other)
+        trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
     return *this;
 }
 
 TRN_MpAudioFileReader2::~TRN_MpAudioFileReader2() {
-    Release();
+    trnmpa::ReplaceEngine(engine_, nullptr);
 }
 
 std::int32_t TRN_MpAudioFileReader2::Initialize() {

@@ -35,7 +35,8 @@ TRN_MpAudioFileReader::TRN_MpAudioFileReader(const TRN_MpAudioFileReader& other)
     : engine_(trnmpa::ShareEngine(other.engine_)) {}
 
 TRN_MpAudioFileReader& TRN_MpAudioFileReader::operator=(const TRN_MpAudioFileReader& other) {
-    trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
+    if (this != &other)
+        trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
     return *this;
 }
 
@@ -97,7 +98,8 @@ TRN_MpaFileCompReader::TRN_MpaFileCompReader(const TRN_MpaFileCompReader& other)
     : engine_(trnmpa::ShareEngine(other.engine_)) {}
 
 TRN_MpaFileCompReader& TRN_MpaFileCompReader::operator=(const TRN_MpaFileCompReader& other) {
-    trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
+    if (this != &other)
+        trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
     return *this;
 }
 

@@ -62,17 +62,18 @@ private:
     /// What one open file needs; Close starts it afresh.
     struct Stream {
         bool hasFile = false; ///< SetInputFile was called
+        bool needsOpen = true;
+        bool hasIndex = false;
+        bool muted = false;   ///< nothing sets it
+        bool isPrimed = true; ///< the last reposition decoded all frames before its target
         std::wstring path;
         WAVEFORMATEX format = {};
         FrameLayout layout; ///< its place and bit rate count in a file without index
-        bool needsOpen = true;
         KW_MEDIA_BASE_INFO_ST mediaInfo;
-        bool hasIndex = false;
         std::uint32_t frameCount = 0;          ///< as the index header claims
         std::vector<MpaIndexEntry> frameTable; ///< as the index really holds
         std::int64_t skipSamples = 0;          ///< decoder delay, left out before sample 0
         Preroll preroll;
-        bool muted = false; ///< nothing sets it
 
         std::int64_t currentFrame = 0;
         std::int64_t targetFrame = 0;
@@ -80,7 +81,6 @@ private:
         /// after the end of the stream, a fault or an exception.
         std::optional<std::int64_t> heldFrame;
         std::optional<std::int64_t> nextFrame;
-        bool isPrimed = true; ///< the last reposition decoded all frames before its target
     };
 
     std::int32_t CreateDecoder();

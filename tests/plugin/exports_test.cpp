@@ -1,6 +1,8 @@
 /// The built library exports what src/plugin/exports.txt lists, and nothing else.
 #include "plugin/exported_symbols.h"
 
+#include "os/wave_format.h"
+
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -13,7 +15,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <type_traits>
+#include <typeinfo>
 #include <vector>
 
 namespace {
@@ -59,9 +61,6 @@ bool BelongsTo(std::string_view symbol, const std::string& className) {
            std::ranges::any_of(kWhole, [&](const char* p) { return symbol == p + encoded; });
 }
 
-/// How the ABI writes std::int64_t.
-constexpr const char* kInt64 = std::is_same_v<std::int64_t, long> ? "l" : "x";
-
 /// The public operations of each exported class, behind "_ZN" and the class' name; "!" stands for
 /// std::int64_t. C1 and D1 make and destroy whole objects, C2 and D2 the base of a host's own, aS is the
 /// assignment.
@@ -71,9 +70,8 @@ const std::map<std::string, std::vector<const char*>>& Operations() {
         {"ITRN_VIDEO_READER_BASE", {"C1Ev", "C2Ev", "C1ERKS_", "C2ERKS_", "aSERKS_", "D1Ev", "D2Ev", "D0Ev"}},
         {"TRN_MpAudioFileReader",
          {"C1Ev", "C1ERKS_", "aSERKS_", "D1Ev", "D0Ev", "10InitializeEv", "18SetPerPCMFrameTimeE!",
-          "12SetInputFileE8CComBSTR", "21GetOriginalStreamInfoER12WAVEFORMATEX",
-          "19SetOutputWAVEFormatER12WAVEFORMATEX", "9StartReadEv", "6SeekToEj",
-          "9ReadFrameEPPhRiP12WAVEFORMATEXS2_", "8StopReadEv"}},
+          "12SetInputFileE8CComBSTR", "21GetOriginalStreamInfoER@", "19SetOutputWAVEFormatER@",
+          "9StartReadEv", "6SeekToEj", "9ReadFrameEPPhRiP@S2_", "8StopReadEv"}},
         {"TRN_MpAudioFileReader2",
          {"C1Ev", "C1ERKS_", "aSERKS_", "D1Ev", "D0Ev", "10InitializeEv", "6AddRefEv", "6GetRefEv",
           "7ReleaseEv", "12SetInputFileE8CComBSTR", "10GetSamplesE17AudioReaderDataInPPhRiPm",
@@ -90,9 +88,12 @@ const std::map<std::string, std::vector<const char*>>& Operations() {
 }
 
 std::string Symbol(const std::string& className, std::string operation) {
-    const std::size_t number = operation.find('!');
-    if (number != std::string::npos)
-        operation.replace(number, 1, kInt64);
+    const auto insert = [&](char place, const char* type) {
+        if (const std::size_t found = operation.find(place); found != std::string::npos)
+            operation.replace(found, 1, type);
+    };
+    insert('!', typeid(std::int64_t).name());
+    insert('@', typeid(WAVEFORMATEX).name());
     return "_ZN" + Encoded(className) + operation;
 }
 

@@ -4,6 +4,7 @@
 #include "reader/mutated_streams.h"
 
 #include "mpa/file_probe.h"
+#include "reader/slice_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -35,14 +36,13 @@ protected:
     /// Writes the index of each seed of the range beside the stream and checks what `check` makes of it.
     template <typename Check>
     void ForEachMutation(Check check) {
-        const Bytes whole = test::ReadFile(indexPath_);
         const auto mediaBytes = static_cast<std::uint32_t>(std::filesystem::file_size(stream_.path));
         const auto first = static_cast<std::uint64_t>(GetParam().range) * kSeedsPerTest;
         for (std::uint64_t seed = first; seed < first + kSeedsPerTest && !HasFatalFailure(); ++seed) {
-            const Mutation mutation = test::Mutate(whole, mediaBytes, seed);
+            const Mutation mutation = test::Mutate(wholeIndex_, mediaBytes, seed);
             SCOPED_TRACE("seed " + std::to_string(seed) + ":" + mutation.description);
             test::WriteFile(indexPath_, mutation.index);
-            check(mutation.index, test::Compare(whole, mutation.index), seed);
+            check(mutation.index, test::Compare(wholeIndex_, mutation.index), seed);
         }
     }
 
@@ -50,6 +50,7 @@ protected:
     const test::ExpectedStream stream_ =
         test::AddIndexedStream(folder_, test::MutatedStream(GetParam().stream));
     const std::filesystem::path indexPath_ = stream_.path.string() + ".idx";
+    const Bytes wholeIndex_ = test::ReadFile(indexPath_);
 };
 
 /// Asks one engine and checks each answer; counts those whose PCM is known.
@@ -106,6 +107,45 @@ private:
     int exactAnswers_ = 0;
 };
 
+/// 20 ms, so that a slice holds most of a frame or more.
+constexpr std::int64_t kSliceTime = 200'000;
+constexpr std::uint32_t kSlices = 12;
+
+/// A slice and the place of the frame at its start, as an index gives them.
+struct PlacedSlice {
+    Bytes pcm;                  ///< empty for a failed one
+    std::uint32_t position = 0; ///< 0 for a failed one
+};
+
+/// The slice engine over one file. Results and sizes are checked here.
+class SliceReading {
+public:
+    explicit SliceReading(const std::filesystem::path& path) {
+        EXPECT_EQ(engine_.Initialize(), 1);
+        EXPECT_EQ(engine_.SetPerPcmFrameTime(kSliceTime), 1);
+        opened_ = engine_.SetInputFile(test::Wide(path)) == 1 ? engine_.StartRead() : 0;
+        EXPECT_TRUE(opened_ == 0 || opened_ == 1) << opened_;
+    }
+
+    PlacedSlice Read(std::uint32_t number) {
+        PlacedSlice read;
+        PcmSlice slice;
+        engine_.SeekTo(number);
+        const std::int32_t result = engine_.ReadFrame(slice);
+        EXPECT_TRUE(result == opened_ || result == 0) << result;
+        EXPECT_EQ(slice.data != nullptr, slice.length > 0);
+        EXPECT_TRUE(slice.length == 0 || result == 1);
+        if (slice.length > 0)
+            read.pcm.assign(slice.data, slice.data + slice.length);
+        engine_.PositionByTime(number * kSliceTime, read.position);
+        return read;
+    }
+
+private:
+    KwMpAudioReader engine_;
+    std::int32_t opened_ = 0;
+};
+
 std::vector<Place> AllPlaces() {
     std::vector<Place> places;
     for (int stream = 0; stream < test::kMutatedStreams; ++stream)
@@ -140,6 +180,34 @@ TEST_P(MutatedIndex, IsRead) {
         });
         EXPECT_GT(exactAnswers, static_cast<int>(kSeedsPerTest)) << "of six times as many";
     }
+}
+
+TEST_P(MutatedIndex, IsSliced) {
+    const std::int64_t sampleRate =
+        ParseIndexHeader(std::span(wholeIndex_).first<kIndexHeaderBytes>()).sampleRate;
+    SliceReading untouched(stream_.path);
+    std::vector<PlacedSlice> expected;
+    for (std::uint32_t i = 0; i < kSlices; ++i)
+        expected.push_back(untouched.Read(i));
+    int exactSlices = 0;
+    ForEachMutation([&](const Bytes&, const Soundness& soundness, std::uint64_t seed) {
+        SliceReading reading(stream_.path);
+        std::mt19937_64 random(seed);
+        const auto first = static_cast<std::uint32_t>(random() % kSlices);
+        for (const std::uint32_t number :
+             {first, first + 1, static_cast<std::uint32_t>(random() % kSlices)}) {
+            const PlacedSlice read = reading.Read(number);
+            const std::int64_t end = (number + 1) * kSliceTime * sampleRate / 10'000'000;
+            const bool mustBeExact = soundness.header && end < static_cast<std::int64_t>(soundness.entries) *
+                                                                   stream_.samplesPerFrame;
+            if (!mustBeExact || number >= kSlices || expected[number].pcm.empty())
+                continue;
+            EXPECT_TRUE(read.pcm == expected[number].pcm) << "slice " << number;
+            EXPECT_EQ(read.position, expected[number].position) << "slice " << number;
+            ++exactSlices;
+        }
+    });
+    EXPECT_GT(exactSlices, static_cast<int>(kSeedsPerTest) / 4) << "of three times as many";
 }
 
 TEST_P(MutatedIndex, IsDescribed) {

@@ -37,6 +37,8 @@ void CountingIndex::Build() {
     }
     if (!cancelled_) {
         header.frameCount = frames_;
+        header.mediaFileSize = static_cast<std::uint32_t>(
+            std::filesystem::file_size(std::filesystem::path(index_).replace_extension()));
         file.seekp(0);
         if (plan_.endState == kFinished)
             Write(file, trnmpa::FormatIndexHeader(header));

@@ -134,6 +134,7 @@ CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
 
 std::vector<std::wstring> WidenAll(const std::vector<std::string>& texts) {
     std::vector<std::wstring> wide;
+    wide.reserve(texts.size());
     for (const std::string& text : texts)
         wide.push_back(os::WidenUtf8(text));
     return wide;

@@ -2,6 +2,8 @@
 
 #include "fileio/file_reader.h"
 #include "index/builder/frame_scan.h"
+#include "mpatool/index_end.h"
+#include "mpatool/index_file.h"
 #include "mpatool/index_progress.h"
 #include "mpatool/tool_error.h"
 #include "os/paths.h"
@@ -16,8 +18,12 @@ namespace mpatool {
 
 namespace {
 
-/// Asks beforehand what the module would find out only after it has emptied the index.
-void RequireIndexable(const std::wstring& file) {
+/// The longest media file of which the module's 32-bit percentage is right.
+constexpr std::int64_t kExactPercentBytes = std::numeric_limits<std::uint32_t>::max() / 100;
+
+/// Asks beforehand what the module would find out only after it has emptied the index. Gives the end of the
+/// first frame, which the index does not list.
+std::int64_t RequireIndexable(const std::wstring& file) {
     RequireReadable(file);
     trnmpa::CFileReader media;
     if (media.Open(file) != 1)
@@ -28,6 +34,16 @@ void RequireIndexable(const std::wstring& file) {
     trnmpa::MpaIndexHeader header;
     if (!scan.Start(header))
         throw ToolError(file, "no MPEG audio frames found where an index starts");
+    return scan.Position();
+}
+
+/// What the module takes for the end of the file must be that, and the file what it was when it began.
+void RequireWhole(const std::wstring& file, const UnfinishedIndex& place, std::int64_t firstFrameEnd) {
+    const auto index = IndexFile::Beside(place.Media());
+    const std::int64_t bytes = MediaBytes(file);
+    if (!index || index->Header().mediaFileSize != bytes)
+        throw ToolError(file, "has changed while it was indexed");
+    RequireReadableBehind(file, std::max(firstFrameEnd, IndexedBytes(place.Index())), bytes);
 }
 
 } // namespace
@@ -48,13 +64,13 @@ IndexOutcome IndexBuild::Run() {
 
 IndexOutcome IndexBuild::Build() {
     RequireIndexMayBeMade(file_, replace_);
-    RequireIndexable(file_);
+    const std::int64_t firstFrameEnd = RequireIndexable(file_);
     UnfinishedIndex place(file_, replace_);
     try {
         const PLUGIN_INDEX_PROGRESS record = RunModule(place);
         if (record.state == TRN_INDEX_FINISHED) {
-            place.Commit();
-            return {file_, IndexOutcome::End::kDone, record.framesIndexed, {}};
+            RequireWhole(file_, place, firstFrameEnd);
+            return {file_, IndexOutcome::End::kDone, record.framesIndexed, place.Commit()};
         }
     } catch (const ToolError& error) {
         return {file_, IndexOutcome::End::kFailed, 0, std::string(error.what()) + "; " + place.Abandon()};
@@ -94,7 +110,11 @@ IndexBuild::Progress IndexBuild::Poll() {
     const std::lock_guard lock(mutex_);
     if (reader_ == nullptr)
         return {};
-    return {std::min(IndexedBytes(unfinishedIndex_), mediaBytes_), reader_->IndexProgress().framesIndexed};
+    const PLUGIN_INDEX_PROGRESS record = reader_->IndexProgress();
+    const std::int64_t done = mediaBytes_ <= kExactPercentBytes
+                                  ? mediaBytes_ * std::int64_t{record.percent} / 100
+                                  : IndexedBytes(unfinishedIndex_);
+    return {std::min(done, mediaBytes_), record.framesIndexed};
 }
 
 IndexOutcome IndexBuild::Ended(IndexOutcome::End end, const std::string& message) const {

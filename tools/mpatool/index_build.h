@@ -19,7 +19,7 @@ struct IndexOutcome {
     std::wstring file;
     End end = End::kFailed;
     std::uint32_t frames = 0; ///< listed by a finished index
-    std::string message;      ///< of the others: the file, the reason and what is left
+    std::string message;      ///< the file, the reason and what is left; of a finished one what was left over
 };
 
 /// Builds the index of one media file through the module. Run belongs to one thread, the others may be called

@@ -96,10 +96,13 @@ void VerifyAll(const std::vector<std::wstring>& files, Status& status) {
 void BuildAll(ModuleHost& host, const std::vector<std::wstring>& files, const IndexOptions& options,
               Status& status) {
     BuildIndexes(host, {files, options.force, options.jobs}, [&](const IndexOutcome& outcome) {
-        if (outcome.end == IndexOutcome::End::kDone)
-            Print(os::NarrowToUtf8(outcome.file) + ": " + CountOf(outcome.frames, "frame") + " indexed\n");
-        else
+        if (outcome.end != IndexOutcome::End::kDone) {
             status.Fail(outcome.message);
+            return;
+        }
+        if (!outcome.message.empty())
+            PrintError(outcome.message);
+        Print(os::NarrowToUtf8(outcome.file) + ": " + CountOf(outcome.frames, "frame") + " indexed\n");
     });
 }
 

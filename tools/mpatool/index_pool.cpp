@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -120,13 +121,20 @@ void BuildIndexes(ModuleHost& host, const IndexJob& job,
     IndexPool pool(host, job);
     IndexProgressBar bar;
     bool cancelledSome = false;
+    std::exception_ptr failedReport;
     while (!pool.IsIdle()) {
         if (os::InterruptRequested())
             pool.Cancel();
         for (const IndexOutcome& outcome : pool.WaitForNews()) {
             bar.Clear();
             cancelledSome = cancelledSome || outcome.end == IndexOutcome::End::kCancelled;
-            report(outcome);
+            try {
+                report(outcome);
+            } catch (...) {
+                // What the other files came to is still to be told.
+                failedReport = std::current_exception();
+                pool.Cancel();
+            }
         }
         if (bar.IsDue())
             bar.Draw(pool.Progress());
@@ -134,6 +142,8 @@ void BuildIndexes(ModuleHost& host, const IndexJob& job,
     bar.Clear();
     if (pool.NotBegun() > 0)
         PrintError(CountOf(static_cast<std::int64_t>(pool.NotBegun()), "file") + " not begun");
+    if (failedReport != nullptr)
+        std::rethrow_exception(failedReport);
     if (cancelledSome || pool.NotBegun() > 0)
         throw Interrupted();
 }

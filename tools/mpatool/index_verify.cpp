@@ -3,6 +3,7 @@
 #include "fileio/file_reader.h"
 #include "index/builder/frame_scan.h"
 #include "mpatool/count_text.h"
+#include "mpatool/index_end.h"
 #include "mpatool/index_file.h"
 #include "mpatool/tool_error.h"
 #include "os/console.h"
@@ -110,6 +111,8 @@ IndexVerdict VerifyIndex(const std::wstring& file,
         verdict.difference = FormatDifference(index->Header(), format);
     if (verdict.difference.empty())
         verdict.difference = EntriesDifference(*index, scan, verdict.frames, progress);
+    if (verdict.difference.empty())
+        RequireReadableBehind(file, scan.Position(), media.GetLength());
     if (!verdict.difference.empty())
         verdict.kind = IndexVerdict::Kind::kStale;
     return verdict;

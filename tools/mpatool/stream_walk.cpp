@@ -21,7 +21,7 @@ void StreamWalk::StartAtIndex(const std::wstring& path) {
     const auto entry = index_->Next();
     index_->Rewind();
     if (!entry)
-        throw ToolError(path, "the index beside it lists no frames");
+        throw ToolError(path, "the index beside it lists no frames (mpatool index --force builds it anew)");
     walk_.emplace(source_, entry->frameOffset);
     const auto frame = walk_->Next();
     if (!frame)

@@ -30,6 +30,13 @@ void Reserve(const std::wstring& media, const std::wstring& index) {
         throw ToolError(media, L"no index can be written beside it: " + file.ErrorText());
 }
 
+/// Gives what could not be removed.
+std::string Remove(const std::wstring& path) {
+    if (path.empty() || !Exists(path) || os::DeleteFileAt(path))
+        return {};
+    return os::NarrowToUtf8(path) + " was left";
+}
+
 } // namespace
 
 void RequireIndexMayBeMade(const std::wstring& media, bool replace) {
@@ -75,17 +82,16 @@ void UnfinishedIndex::BuildInPlace() {
         aside_ = reserved;
 }
 
-void UnfinishedIndex::Commit() {
-    if (workMedia_ == media_) {
-        if (!aside_.empty())
-            os::DeleteFileAt(aside_);
-    } else {
+std::string UnfinishedIndex::Commit() {
+    std::wstring superfluous = aside_;
+    if (workMedia_ != media_) {
         const std::wstring failure = os::MoveFileTo(workIndex_, index_, replace_);
         if (!failure.empty())
             throw ToolError(index_, failure);
-        os::DeleteFileAt(workMedia_);
+        superfluous = workMedia_;
     }
     open_ = false;
+    return Remove(superfluous);
 }
 
 std::string UnfinishedIndex::Abandon() {
@@ -109,11 +115,11 @@ std::string UnfinishedIndex::PutBack() {
 
 /// Gives what could not be removed.
 std::string UnfinishedIndex::RemoveUnfinished() {
-    if (workMedia_ != media_)
-        os::DeleteFileAt(workMedia_);
-    if (!Exists(workIndex_) || os::DeleteFileAt(workIndex_))
-        return {};
-    return "the unfinished " + os::NarrowToUtf8(workIndex_) + " was left";
+    std::string left = workMedia_ != media_ ? Remove(workMedia_) : std::string();
+    const std::string leftIndex = Remove(workIndex_);
+    if (!left.empty() && !leftIndex.empty())
+        left += "; ";
+    return left + leftIndex;
 }
 
 } // namespace mpatool

@@ -25,8 +25,9 @@ public:
     const std::wstring& Media() const { return workMedia_; }
     const std::wstring& Index() const { return workIndex_; }
 
-    /// Says that the index is complete and closed: gives it its name. Throws ToolError; Abandon still works.
-    void Commit();
+    /// Says that the index is complete and closed: gives it its name. Gives what could not be cleared away:
+    /// "... was left", else nothing. Throws ToolError; Abandon still works.
+    std::string Commit();
 
     /// Takes the unfinished index away and says what is left: "no index was left", say. Once only.
     std::string Abandon();

@@ -56,7 +56,9 @@ void WriteErrorText(std::string_view text) {
 
 void PrepareProcess() {
     HoldStandardStreams();
+    // Both are answered where the write fails.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     for (const int number : kInterrupts) {
         struct sigaction earlier = {};
         sigaction(number, nullptr, &earlier);

@@ -157,9 +157,9 @@ WriteResult OutputFile::Write(std::span<const std::uint8_t> bytes) {
             const bool closed = reason == ERROR_BROKEN_PIPE || reason == ERROR_NO_DATA;
             return closed ? WriteResult::kClosedPipe : WriteResult::kFailed;
         }
-        if (InterruptRequested())
-            return WriteResult::kInterrupted;
         bytes = bytes.subspan(written);
+        if (!bytes.empty() && InterruptRequested())
+            return WriteResult::kInterrupted;
     }
     return WriteResult::kDone;
 }

@@ -33,6 +33,9 @@ public:
     /// The next frame; nothing when no further header is found within the search's reach.
     std::optional<MpaIndexEntry> Next();
 
+    /// The end of the last frame found.
+    std::int64_t Position() const { return position_; }
+
 private:
     std::optional<MpaFrameHeader> NextFrame();
 

@@ -12,7 +12,8 @@ TRN_MpaFileIndexCreator::TRN_MpaFileIndexCreator(const TRN_MpaFileIndexCreator& 
     : engine_(trnmpa::ShareEngine(other.engine_)) {}
 
 TRN_MpaFileIndexCreator& TRN_MpaFileIndexCreator::operator=(const TRN_MpaFileIndexCreator& other) {
-    trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
+    if (this != &other)
+        trnmpa::ReplaceEngine(engine_, trnmpa::ShareEngine(other.engine_));
     return *this;
 }
 
