@@ -34,6 +34,9 @@ std::optional<Bytes> WholeSamples(const std::uint8_t* data, std::int32_t length,
 
 } // namespace pcm
 
+static_assert(TRN_PCMBasicProcess::kMostLookAheadSamples ==
+              pcm::SliceResampler::kReachAtLowerRate * pcm::RateGrid::kLargestFactor);
+
 struct TRN_PCMBasicProcess::State {
     /// The formats that the resampler stands for.
     std::optional<pcm::Conversion> conversion;

@@ -36,6 +36,9 @@ public:
     TRN_PCMBasicProcess(const TRN_PCMBasicProcess&) = delete;
     TRN_PCMBasicProcess& operator=(const TRN_PCMBasicProcess&) = delete;
 
+    /// The most that LookAheadSamples gives.
+    static constexpr std::int32_t kMostLookAheadSamples = 160 * 256;
+
     /// Samples per channel, at the original rate, that an output sample depends on before and behind it: 0
     /// when the rates are equal or a format is not served.
     static std::int32_t LookAheadSamples(const WAVEFORMATEX& original, const WAVEFORMATEX& output);

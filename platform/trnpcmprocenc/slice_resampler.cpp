@@ -9,11 +9,6 @@ namespace pcm {
 
 namespace {
 
-/// Half the length of the library's best filter is 144 samples of the lower rate; a few more for its
-/// rounding.
-constexpr std::uint64_t kReachAtLowerRate = 160;
-/// The library's limit.
-constexpr std::uint32_t kLargestFactor = 256;
 /// Input samples that one skipping step passes at most; any value up to the factor above would do.
 constexpr double kLongestSkip = 128.0;
 

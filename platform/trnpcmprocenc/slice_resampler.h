@@ -17,6 +17,9 @@ public:
     /// Positions up to this one can be computed with.
     static constexpr std::int64_t kMaximumPosition = std::int64_t{1} << 53;
 
+    /// The most by which the library lets rates differ.
+    static constexpr std::uint32_t kLargestFactor = 256;
+
     /// Whether the rates differ by a factor that is served.
     static bool Serves(std::uint32_t inputRate, std::uint32_t outputRate);
 
@@ -41,6 +44,10 @@ private:
 /// of its own, so that the result depends on these samples and the position alone.
 class SliceResampler {
 public:
+    /// Half the length of the library's best filter is 144 samples of the lower rate; a few more for its
+    /// rounding.
+    static constexpr std::uint64_t kReachAtLowerRate = 160;
+
     /// Input samples on either side that an output sample depends on.
     static std::size_t ReachSamples(std::uint32_t inputRate, std::uint32_t outputRate);
 

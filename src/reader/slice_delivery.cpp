@@ -98,7 +98,7 @@ std::int64_t KwMpAudioReader::AnchorSlice(std::int64_t slice) const {
     return anchor;
 }
 
-/// Stands before `slice`, with what lies between it and `anchor` decoded and dropped.
+/// Stands before `slice`, with what lies between it and `anchor` decoded and passed over.
 void KwMpAudioReader::SeekAndPrime(std::int64_t anchor, std::int64_t slice) {
     const std::int64_t start = BytesBefore(anchor) + stream_.startSkip * stream_.format.nBlockAlign;
     const std::int64_t pcmBytes = stream_.layout.frame.pcmBytes;
@@ -111,12 +111,7 @@ void KwMpAudioReader::SeekAndPrime(std::int64_t anchor, std::int64_t slice) {
     }
     const auto bytes = static_cast<std::size_t>(BytesBefore(slice) - BytesBefore(anchor));
     FillQueue(bytes);
-    const auto before = stream_.queue.Take(bytes);
-    if (LookAheadBytes() == 0)
-        return;
-    const auto primed = before.last(std::min(before.size(), LookAheadBytes()));
-    converter_->SetResampleParater(primed.data(), static_cast<std::int32_t>(primed.size()), stream_.format,
-                                   outputFormat_, 1, BytesBefore(slice) / stream_.format.nBlockAlign);
+    stream_.queue.Drop(bytes);
 }
 
 /// Stands before `frame` with decoder and source, the bit reservoir and the filter bank filled; the queue is
@@ -208,6 +203,7 @@ bool KwMpAudioReader::Convert(PcmSlice& slice) {
     std::uint8_t* converted = nullptr;
     std::int32_t length = 0;
     const std::span<std::uint8_t> waiting = stream_.queue.Waiting();
+    PlaceConverter(static_cast<std::size_t>(slice.length));
     const bool done =
         slice.length == 0 ||
         converter_->ReformatLPCM(stream_.format, slice.data, slice.length, outputFormat_, converted, length,
@@ -216,6 +212,19 @@ bool KwMpAudioReader::Convert(PcmSlice& slice) {
     slice.length = done ? length : 0;
     slice.format = outputFormat_;
     return done;
+}
+
+/// Tells the converter what precedes the slice, which it need not have seen: there may have been a jump,
+/// another format or one that is not served.
+void KwMpAudioReader::PlaceConverter(std::size_t sliceBytes) {
+    const std::int64_t position = BytesBefore(stream_.requestedSlice);
+    const std::size_t needed = std::min(LookAheadBytes(), static_cast<std::size_t>(position));
+    if (LookAheadBytes() == 0)
+        return;
+    const auto taken = stream_.queue.Taken(needed + sliceBytes);
+    const auto before = taken.first(taken.size() - std::min(sliceBytes, taken.size()));
+    converter_->SetResampleParater(before.data(), static_cast<std::int32_t>(before.size()), stream_.format,
+                                   outputFormat_, 1, position / stream_.format.nBlockAlign);
 }
 
 /// The built-in decoder gives layer III at half of its amplitude.

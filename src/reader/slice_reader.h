@@ -55,6 +55,9 @@ public:
 
 private:
     static constexpr std::int64_t kDefaultFrameTime = 400'000;
+    /// What a conversion to another rate may need of the samples before a slice.
+    static constexpr std::size_t kRememberedBytes =
+        std::size_t{TRN_PCMBasicProcess::kMostLookAheadSamples} * 2 * sizeof(std::int16_t);
 
     /// What StartRead makes of the file.
     struct Stream {
@@ -65,10 +68,10 @@ private:
         std::int64_t startSkip = 0; ///< samples of decoder delay before slice 0
         std::uint32_t requestedSlice = 0;
         std::uint32_t currentSlice = 0;
-        bool knowsPlace = true;       ///< the queue goes on where the last slice ended
-        bool slicesBefore = false;    ///< on the way to the requested slice at least one other was read
-        std::size_t startDrop = 0;    ///< bytes of the first frame that are not delivered
-        PcmQueue queue;               ///< decoded, not delivered
+        bool knowsPlace = true;    ///< the queue goes on where the last slice ended
+        bool slicesBefore = false; ///< on the way to the requested slice at least one other was read
+        std::size_t startDrop = 0; ///< bytes of the first frame that are not delivered
+        PcmQueue queue{kRememberedBytes};
         std::optional<int> postponed; ///< thrown by the decoder while PCM was still to be delivered
     };
 
@@ -96,6 +99,7 @@ private:
     std::size_t LookAheadBytes() const;
     bool HasOutputFormat() const;
     bool Convert(PcmSlice& slice);
+    void PlaceConverter(std::size_t sliceBytes);
     void Amplify(PcmSlice& slice);
 
     std::wstring path_;

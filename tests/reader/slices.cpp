@@ -1,5 +1,9 @@
 #include "reader/slices.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace test {
@@ -47,6 +51,26 @@ Bytes Joined(const std::vector<Slice>& slices) {
     for (const Slice& slice : slices)
         bytes.insert(bytes.end(), slice.bytes.begin(), slice.bytes.end());
     return bytes;
+}
+
+std::int32_t SampleOf(std::span<const std::uint8_t> bytes, int bits) {
+    if (bits == 8)
+        return bytes[0] - 128;
+    std::uint32_t raw = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(bits) / 8; ++i)
+        raw |= std::uint32_t{bytes[i]} << (32 - bits + 8 * static_cast<int>(i));
+    return static_cast<std::int32_t>(raw) >> (32 - bits);
+}
+
+std::int64_t LargestDistance(std::span<const std::uint8_t> left, std::span<const std::uint8_t> right,
+                             int bits) {
+    EXPECT_EQ(left.size(), right.size());
+    const std::size_t width = static_cast<std::size_t>(bits) / 8;
+    std::int64_t largest = 0;
+    for (std::size_t at = 0; at + width <= std::min(left.size(), right.size()); at += width)
+        largest = std::max(largest, std::abs(std::int64_t{SampleOf(left.subspan(at, width), bits)} -
+                                             SampleOf(right.subspan(at, width), bits)));
+    return largest;
 }
 
 WAVEFORMATEX PcmFormat(std::uint32_t rate, std::uint16_t channels, std::uint16_t bits) {

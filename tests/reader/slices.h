@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <vector>
 
 namespace test {
@@ -34,6 +35,13 @@ std::int32_t StartSlices(TRN_MpAudioFileReader& reader, const std::filesystem::p
 std::vector<Slice> ReadAllSlices(TRN_MpAudioFileReader& reader);
 
 Bytes Joined(const std::vector<Slice>& slices);
+
+/// How far samples of `bits` bits (8: unsigned) are apart at most; fails the running test when there are not
+/// as many of them on both sides.
+std::int64_t LargestDistance(std::span<const std::uint8_t> left, std::span<const std::uint8_t> right,
+                             int bits);
+/// The first of these samples, as a signed number.
+std::int32_t SampleOf(std::span<const std::uint8_t> bytes, int bits);
 
 /// PCM as a format record.
 WAVEFORMATEX PcmFormat(std::uint32_t rate, std::uint16_t channels, std::uint16_t bits);
