@@ -62,18 +62,20 @@ std::int32_t KwMpAudioReader2::Initialize() {
     }
 }
 
+std::unique_ptr<FrameSource> KwMpAudioReader2::CreateFrames(std::int32_t decoderUse) {
+    if (decoderUse == kExternalDecoder)
+        return CreateExternalFrames();
+    return std::make_unique<BuiltInFrames>();
+}
+
 std::int32_t KwMpAudioReader2::CreateDecoder() {
     frames_ = nullptr;
-    if (decoderUse_ == kExternalDecoder) {
-        frames_ = CreateExternalFrames();
-    } else {
-        try {
-            frames_ = std::make_unique<BuiltInFrames>();
-        } catch (const std::bad_alloc&) {
-            return kNoFrameBufferReader;
-        } catch (int) {
-            return kNoDecoder;
-        }
+    try {
+        frames_ = CreateFrames(decoderUse_);
+    } catch (const std::bad_alloc&) {
+        return decoderUse_ == kExternalDecoder ? kNoDecoder : kNoFrameBufferReader;
+    } catch (int) {
+        return kNoDecoder;
     }
     if (frames_ == nullptr)
         return kNoDecoder;

@@ -58,6 +58,10 @@ public:
     /// Back to the constructed state; 1.
     std::int32_t Close();
 
+protected:
+    /// The decoder that the selector names, with its file; null when there is none.
+    virtual std::unique_ptr<FrameSource> CreateFrames(std::int32_t decoderUse);
+
 private:
     /// What one open file needs; Close starts it afresh.
     struct Stream {

@@ -233,9 +233,9 @@ TEST_F(SliceFormats, TheEndComesAfterAsManySlicesAsWithoutConversion) {
                 ExpectNone(slice);
                 EXPECT_EQ(slice.atEnd, 1);
             }
-            const Slice far = ReadSliceAt(reader_, 5000);
-            ExpectNone(far);
-            EXPECT_EQ(far.atEnd, 1);
+            const Slice behind = ReadSliceAt(reader_, 5000);
+            ExpectNone(behind);
+            EXPECT_EQ(behind.atEnd, 1);
             EXPECT_EQ(ReadSliceAt(reader_, static_cast<std::uint32_t>(slices - 1)).result, 1);
         }
     }
