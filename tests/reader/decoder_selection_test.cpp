@@ -2,14 +2,13 @@
 /// itself.
 #include "reader/engine.h"
 #include "reader/reader_streams.h"
+#include "reader/settings_file.h"
 
-#include "os/paths.h"
 #include "plugin/module_settings.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <optional>
 #include <string>
 
 using namespace trnmpa;
@@ -23,13 +22,10 @@ constexpr std::int32_t kSelected = kHasExternalDecoder ? kSuccess : kNoDecoder;
 
 class DecoderSelection : public testing::Test {
 protected:
-    ~DecoderSelection() override { std::filesystem::remove(settings_); }
+    void Write(const std::string& text) { settings_.Write(text); }
+    void Select(const std::string& value) { settings_.SelectDecoder(value); }
 
-    void Write(const std::string& text) { test::WriteFile(settings_, test::Bytes(text.begin(), text.end())); }
-    void Select(const std::string& value) { Write("[CODEC]\r\nMP3DecoderUse=" + value + "\r\n"); }
-
-    const std::filesystem::path settings_ =
-        std::filesystem::path(os::NarrowToUtf8(os::ExecutablePath())).parent_path() / "trnfsdk.ini";
+    const test::SettingsFile settings_;
     test::ScratchFolder folder_;
     const test::bitstream::Stream stream_ = test::SteadyStream();
     const std::filesystem::path path_ = folder_.Add("stream.mp3", stream_.bytes);
