@@ -1,6 +1,7 @@
 /// The module with the external decoder: beside the built-in one, and exact from any position. This program
 /// is alone in its folder and writes the settings file beside itself.
 
+#include "reader/foreign_bytes.h"
 #include "reader/reader_streams.h"
 #include "reader/settings_file.h"
 #include "real/delivery.h"
@@ -178,7 +179,7 @@ TEST_F(BothDecoders, AgreeOnRealStreams) {
     int compared = 0;
     for (const RealStream& stream : RealStreams()) {
         if (stream.shortBlocks > 0 || stream.IsFreeFormat() || stream.IsLowRateLayer2() ||
-            stream.file.starts_with("long-44"))
+            stream.file.starts_with("long-44") || stream.file.starts_with("l2-44-1"))
             continue;
         SCOPED_TRACE(stream.file);
         if (stream.HasConstantBitRate())
@@ -208,6 +209,42 @@ TEST_F(BothDecoders, ExternalIsExactWithAnIndex) {
          {"vbr-44-v2.mp3", "vbr-22-v2.mp3", "abr-44-96-untagged.mp3", "vbr-44-mono-v4.mp3"}) {
         SCOPED_TRACE(file);
         ExpectExactDelivery(AddReal(RealStreamNamed(file), true), 7);
+    }
+}
+
+/// All kinds of blocks and stereo that encoders write: the library is not exact over frames of a byte or two
+/// of main data, nor over mixed blocks in MPEG 2.5.
+bitstream::StreamOptions AnyOptions(std::mt19937& random, unsigned seed) {
+    constexpr bitstream::Version kVersions[] = {bitstream::Version::kMpeg1, bitstream::Version::kMpeg2,
+                                                bitstream::Version::kMpeg25};
+    constexpr int kModes[] = {model::kStereo, model::kJointStereo, model::kSingleChannel};
+    bitstream::StreamOptions options;
+    options.seed = seed;
+    options.frames = 60;
+    options.version = kVersions[seed % 3];
+    options.mode = kModes[random() % 3];
+    if (options.mode == model::kJointStereo)
+        options.modeExtensions = {0, 1, 2, 3};
+    options.sampleRateIndex = static_cast<int>(random() % 3);
+    options.crc = random() % 2 == 0;
+    const int lowest = options.version == bitstream::Version::kMpeg1 ? 1 : 4;
+    options.bitrateIndices = {lowest, lowest, lowest, lowest, 14};
+    options.layer3.blocks = {{0}, {1}, {2}, {3}};
+    if (options.version != bitstream::Version::kMpeg25)
+        options.layer3.blocks.push_back({2, true});
+    return options;
+}
+
+/// In files that hold other things besides the frames.
+TEST_F(BothDecoders, ExternalIsExactWithAnIndexWhateverTheFileHolds) {
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        const bitstream::Stream stream = bitstream::WriteStream(AnyOptions(random, seed));
+        const Surroundings surroundings{random() % 2 == 0, random() % 2 == 0, random() % 2 == 0, seed};
+        ExpectExactDelivery(Add(Surround(stream, surroundings), true), seed);
+        if (HasFatalFailure())
+            return;
     }
 }
 
