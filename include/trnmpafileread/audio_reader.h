@@ -86,7 +86,8 @@ public:
     /// Reads request.sampleCount samples per channel from request.startSample; the other fields are not
     /// looked at. `*data` points to signed 16-bit interleaved PCM, `size` has its bytes; the buffer belongs
     /// to the engine and stays valid until its next call. A request that touches the end of the stream gives
-    /// silence of its full length. `extra` is not used.
+    /// silence of its full length; with the external decoder just what is missing is silence. `extra` is not
+    /// used.
     std::int32_t GetSamples(AudioReaderDataIn request, unsigned char** data, std::int32_t& size,
                             unsigned long* extra) override;
 

@@ -51,7 +51,8 @@ public:
 
     /// Reads request.sampleCount samples per channel from request.startSample. `data` receives the PCM, owned
     /// by the engine and valid until its next call, `size` its bytes. A request that touches the end of the
-    /// stream is answered with silence of its full length. `extra` is not used.
+    /// stream is answered with silence of its full length; with the external decoder just what is missing is
+    /// silence. `extra` is not used.
     std::int32_t GetSamples(const AudioReaderDataIn& request, unsigned char*& data, std::int32_t& size,
                             unsigned long* extra);
 
