@@ -19,6 +19,10 @@ std::string NarrowToUtf8(std::wstring_view text);
 /// zero.
 std::wstring WidenAnsi(std::string_view bytes);
 
+/// The full path under which a library at `path`, taken from the current folder when it is relative, knows
+/// itself once it is loaded (as its ModulePath); empty when the system does not tell.
+std::wstring FullPath(const std::wstring& path);
+
 /// Full path of the running program; empty when the system does not tell.
 std::wstring ExecutablePath();
 

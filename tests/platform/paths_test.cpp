@@ -41,6 +41,7 @@ TEST(Paths, ALibraryKnowsItsOwnPath) {
     const fs::path seen = test::Plain(modulePath());
     EXPECT_TRUE(seen.is_absolute());
     EXPECT_TRUE(fs::equivalent(seen, copy)) << seen;
+    EXPECT_EQ(os::FullPath(test::Wide(copy)), modulePath());
     library.Unload();
 }
 

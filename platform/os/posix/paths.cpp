@@ -58,6 +58,11 @@ std::wstring WidenAnsi(std::string_view bytes) {
     return wide;
 }
 
+std::wstring FullPath(const std::wstring& path) {
+    // See ModuleName: a full name stays as it is, another is looked up.
+    return path.starts_with(kPathSeparator) ? path : WidenUtf8(Resolved(NarrowToUtf8(path).c_str()));
+}
+
 std::wstring ExecutablePath() {
     std::string path(PATH_MAX, '\0');
     const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());

@@ -1,5 +1,7 @@
 #include "os/windows/extended_path.h"
 
+#include "os/paths.h"
+
 #include <windows.h>
 
 namespace os {
@@ -8,6 +10,12 @@ namespace {
 
 /// Below MAX_PATH, since some calls keep room for a file name of 8 + 3 characters.
 constexpr std::size_t kLongestPlainPath = MAX_PATH - 13;
+
+bool IsDevicePath(const std::wstring& path) {
+    return path.starts_with(L"\\\\?\\") || path.starts_with(L"\\\\.\\");
+}
+
+} // namespace
 
 std::wstring FullPath(const std::wstring& path) {
     std::wstring full;
@@ -19,12 +27,6 @@ std::wstring FullPath(const std::wstring& path) {
     full.resize(needed);
     return full;
 }
-
-bool IsDevicePath(const std::wstring& path) {
-    return path.starts_with(L"\\\\?\\") || path.starts_with(L"\\\\.\\");
-}
-
-} // namespace
 
 std::wstring ExtendedPath(const std::wstring& path) {
     if (path.find(L'\0') != std::wstring::npos)
