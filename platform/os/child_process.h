@@ -37,6 +37,8 @@ public:
 
     /// Asks the program to stop, as a keyboard interrupt does. False where the system has no way to do so.
     bool Interrupt();
+    /// Ends the program at once.
+    void Kill();
 
     /// Closes the output, waits for the end and gives the exit status; where a signal ended the program, 128
     /// and the signal's number.

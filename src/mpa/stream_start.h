@@ -30,4 +30,9 @@ constexpr std::int32_t BuiltInDecoderDelay(std::int32_t layer) noexcept {
     return layer == 3 ? 1100 : 0;
 }
 
+/// The same of the external decoder.
+constexpr std::int32_t ExternalDecoderDelay(std::int32_t layer) noexcept {
+    return layer == 3 ? 529 : 0;
+}
+
 } // namespace trnmpa

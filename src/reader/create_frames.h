@@ -6,7 +6,7 @@
 
 namespace trnmpa {
 
-/// The external decoder's frames; null in a build without it.
+/// The external decoder's frames; null in a build without it and where its library cannot be loaded.
 std::unique_ptr<FrameSource> CreateExternalFrames();
 
 } // namespace trnmpa

@@ -1,5 +1,6 @@
 #include "reader/external_frames.h"
 
+#include "mpa/stream_start.h"
 #include "reader/create_frames.h"
 
 #include <algorithm>
@@ -8,9 +9,6 @@
 namespace trnmpa {
 
 namespace {
-
-/// Samples per channel by which the decoder's layer III output lags behind the audio.
-constexpr std::int32_t kExternalDelay = 529;
 
 AMPFrameInfo ToFrameInfo(const Mp3StreamInfo& info) {
     AMPFrameInfo frame;
@@ -46,9 +44,7 @@ bool ExternalFrames::FileBytes::SetPosition(std::int64_t position) {
     return true;
 }
 
-ExternalFrames::ExternalFrames() {
-    decoder_.Initialize();
-}
+ExternalFrames::ExternalFrames() : hasLibrary_(decoder_.Initialize() == 1) {}
 
 void ExternalFrames::SetFile(const std::wstring& path, std::uint32_t) {
     decoder_.SetInputFile(os::ToAutomationString(path));
@@ -93,11 +89,15 @@ FrameSource::Outcome ExternalFrames::Decode(const AMPFrameInfo& stream, std::int
 }
 
 std::int32_t ExternalFrames::Delay(std::int32_t layer) const {
-    return layer == 3 ? kExternalDelay : 0;
+    return ExternalDecoderDelay(layer);
 }
 
 std::unique_ptr<FrameSource> CreateExternalFrames() {
-    return std::make_unique<ExternalFrames>();
+    auto frames = std::make_unique<ExternalFrames>();
+    // Without its library it would decode every file to silence.
+    if (!frames->HasLibrary())
+        return nullptr;
+    return frames;
 }
 
 } // namespace trnmpa

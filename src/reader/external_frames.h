@@ -12,6 +12,9 @@ class ExternalFrames final : public FrameSource {
 public:
     ExternalFrames();
 
+    /// False where the decoder's library cannot be loaded.
+    bool HasLibrary() const { return hasLibrary_; }
+
     void SetFile(const std::wstring& path, std::uint32_t blockKiB) override;
     /// True: a file that is not there shows as one without frames.
     bool Open() override { return true; }
@@ -41,6 +44,7 @@ private:
     };
 
     TRN_LameMp3Dec decoder_;
+    bool hasLibrary_;
     FileBytes bytes_{decoder_};
     std::array<std::int16_t, kMaximumFramePcmValues> unused_ = {};
 };

@@ -27,6 +27,11 @@ protected:
         ASSERT_NE(built, nullptr) << "run the tests through ctest";
         const fs::path copy = fs::absolute(folder_.Path() / fs::path(built).filename());
         fs::copy_file(built, copy);
+        // On Windows the external decoder's library stands there too.
+        for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(built).parent_path())) {
+            if (entry.path().filename().string().find("mpg123") != std::string::npos)
+                fs::copy_file(entry.path(), folder_.Path() / entry.path().filename());
+        }
         ASSERT_TRUE(library_.Load(test::Wide(copy))) << os::NarrowToUtf8(library_.ErrorText());
         const auto entry = library_.FunctionNamed<GetPluginReadModuleFunction>("GetPluginReadModule");
         ASSERT_NE(entry, nullptr);

@@ -49,6 +49,13 @@ std::string RunningProcess::ReadOutput(std::size_t bytes) {
     return output;
 }
 
+bool RunningProcess::Interrupt() {
+    if (process_.Interrupt())
+        return true;
+    process_.Kill();
+    return false;
+}
+
 ProcessResult RunningProcess::Finish() {
     ProcessResult result;
     result.output = ReadOutput(std::string::npos);

@@ -30,8 +30,9 @@ public:
     /// Waits for the first `bytes` of output; gives what came, less only when the program ended its output.
     std::string ReadOutput(std::size_t bytes);
 
-    /// As a keyboard interrupt. False where the system has no way to do so.
-    bool Interrupt() { return process_.Interrupt(); }
+    /// As a keyboard interrupt. False where the system has no way to do so; the program is then ended at
+    /// once.
+    bool Interrupt();
 
     /// Reads the rest of the output, waits for the end.
     ProcessResult Finish();

@@ -9,6 +9,8 @@
 ///   indexOpen        result of OpenFile for the index builder (1)
 ///   indexEntries, indexDelay, indexState, indexCrash
 ///                    what CountingIndex::Plan says, the delay in milliseconds
+///   slices           slices that TRN_MpAudioFileReader has
+///   sliceFail        the first slice that it fails to read
 /// The index builder finds the plan by the file, whatever name it is given. Each ReadSamples adds a line
 /// "start count" to the file with ".requests" appended.
 
@@ -17,6 +19,7 @@
 #include "os/paths.h"
 #include "tools/counted_sample.h"
 #include "tools/counting_index.h"
+#include "tools/counting_plan.h"
 #include "trnmediadet/media_info.h"
 #include "trnmpafileread/plugin.h"
 
@@ -25,14 +28,13 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <map>
 #include <memory>
 #include <thread>
 #include <vector>
 
 namespace {
 
-using Plan = std::map<std::string, std::int64_t>;
+using Plan = test::CountingPlan;
 
 std::filesystem::path PathOf(const std::wstring& wide) {
     const std::string narrow = os::NarrowToUtf8(wide);
@@ -42,26 +44,6 @@ std::filesystem::path PathOf(const std::wstring& wide) {
 std::wstring WideOf(const std::filesystem::path& path) {
     const std::u8string text = path.u8string();
     return os::WidenUtf8(std::string(text.begin(), text.end()));
-}
-
-Plan ReadPlan(const std::wstring& media) {
-    Plan plan = {{"rate", 44100},
-                 {"channels", 2},
-                 {"end", std::numeric_limits<std::int64_t>::max()},
-                 {"fail", std::numeric_limits<std::int64_t>::max()},
-                 {"delay", 0},
-                 {"open", 1},
-                 {"indexOpen", 1},
-                 {"indexEntries", 10},
-                 {"indexDelay", 0},
-                 {"indexState", 1},
-                 {"indexCrash", 0}};
-    std::ifstream file(PathOf(media + L".plan"));
-    std::string key;
-    std::int64_t value = 0;
-    while (file >> key >> value)
-        plan[key] = value;
-    return plan;
 }
 
 /// The media file beside `path` that is the same and has a plan; `path` itself when there is none.
@@ -83,7 +65,7 @@ public:
     std::int32_t OpenFile(std::wstring path, std::uint32_t flags) override {
         if ((flags & TRN_OPEN_INDEX_BUILDER) != 0)
             return OpenIndex(path);
-        plan_ = ReadPlan(path);
+        plan_ = test::ReadCountingPlan(path);
         requests_.open(PathOf(path + L".requests"));
         return static_cast<std::int32_t>(plan_["open"]);
     }
@@ -139,7 +121,7 @@ public:
 
 private:
     std::int32_t OpenIndex(const std::wstring& path) {
-        Plan plan = ReadPlan(PlannedName(path));
+        Plan plan = test::ReadCountingPlan(PlannedName(path));
         index_ = std::make_unique<test::CountingIndex>(
             PathOf(trnmpa::IndexPathFor(path)),
             test::CountingIndex::Plan{plan["indexEntries"], std::chrono::milliseconds(plan["indexDelay"]),
@@ -174,6 +156,28 @@ public:
 };
 
 } // namespace
+
+test::CountingPlan test::ReadCountingPlan(const std::wstring& media) {
+    CountingPlan plan = {{"rate", 44100},
+                         {"channels", 2},
+                         {"end", std::numeric_limits<std::int64_t>::max()},
+                         {"fail", std::numeric_limits<std::int64_t>::max()},
+                         {"delay", 0},
+                         {"open", 1},
+                         {"indexOpen", 1},
+                         {"indexEntries", 10},
+                         {"indexDelay", 0},
+                         {"indexState", 1},
+                         {"indexCrash", 0},
+                         {"slices", std::numeric_limits<std::int64_t>::max()},
+                         {"sliceFail", std::numeric_limits<std::int64_t>::max()}};
+    std::ifstream file(PathOf(media + L".plan"));
+    std::string key;
+    std::int64_t value = 0;
+    while (file >> key >> value)
+        plan[key] = value;
+    return plan;
+}
 
 extern "C" TRN_EXPORT PLUGIN_FILE_READER_MODULE* GetPluginReadModule() {
     return new CountingModule;

@@ -82,6 +82,14 @@ TEST(TimeParseTest, ToSamplesRoundsToTheNearest) {
         std::numeric_limits<std::int64_t>::max());
 }
 
+TEST(TimeParseTest, Milliseconds) {
+    EXPECT_EQ(mpatool::ParseMilliseconds("40"), 400'000);
+    EXPECT_EQ(mpatool::ParseMilliseconds("26.1224"), 261'224);
+    EXPECT_EQ(mpatool::ParseMilliseconds("0.5"), 5'000);
+    for (const char* text : {"", ".5", "40.", "40ms", "-1", "+1", "1e3", "1.00001", "99999999999999999999"})
+        EXPECT_FALSE(mpatool::ParseMilliseconds(text).has_value()) << text;
+}
+
 TEST(TimeParseTest, FormatTime) {
     EXPECT_EQ(FormatTime(0), "0:00.000");
     EXPECT_EQ(FormatTime(62.5), "1:02.500");

@@ -47,6 +47,22 @@ TEST(WaveWriterTest, SizesBeyond2GibStayTrue) {
     EXPECT_EQ(Number(header, 40, 4), kDataBytes);
 }
 
+TEST(WaveWriterTest, OtherWidths) {
+    const Bytes header = WaveHeader({48000, 2, 24}, 12);
+    EXPECT_EQ(Number(header, 28, 4), 288000u);
+    EXPECT_EQ(Number(header, 32, 2), 6u);
+    EXPECT_EQ(Number(header, 34, 2), 24u);
+    EXPECT_EQ(Number(WaveHeader({8000, 1, 8}, 3), 32, 2), 1u);
+}
+
+TEST(WaveWriterTest, OddAmountsArePadded) {
+    const Bytes header = WaveHeader({8000, 1, 8}, 3);
+    EXPECT_EQ(Number(header, 4, 4), 36u + 4u);
+    EXPECT_EQ(Number(header, 40, 4), 3u);
+    EXPECT_EQ(mpatool::WavePadding(3), Bytes{0});
+    EXPECT_EQ(mpatool::WavePadding(4), Bytes{});
+}
+
 TEST(WaveWriterTest, LargestRiff) {
     constexpr std::uint64_t kLargest = 0xFFFFFFFE - 36;
     EXPECT_EQ(Tag(WaveHeader({44100, 1}, kLargest), 0), "RIFF");

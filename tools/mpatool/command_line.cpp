@@ -1,5 +1,6 @@
 #include "mpatool/command_line.h"
 
+#include "mpatool/help_texts.h"
 #include "mpatool/tool_error.h"
 #include "os/paths.h"
 
@@ -9,51 +10,16 @@ namespace mpatool {
 
 namespace {
 
-constexpr const char* kDescription =
-    "Describes, decodes and indexes MPEG audio files (MP2, MP3) with the reader module.";
-
-constexpr const char* kExitFooter = R"(Exit status:
-  0    all went well
-  1    a file could not be read, decoded or written; the reason stands on standard error
-  2    the command line makes no sense
-  130  ended by Ctrl-C; nothing half-made was left)";
-
-constexpr const char* kDecodeFooter =
-    R"(SAMPLES is a plain integer, counted per channel. TIME is 62.5s, 250ms, 1h2m, 1:02.5 or 1:00:00.
-
-Without -o the output is FILE's name with the extension .wav (.raw with --format raw) in
-the current folder. It gets its name only when it is complete. Pipes and devices work too.
-Without --format the extension of OUT decides: .wav, .raw or .pcm; pipes and devices get WAV.
-A WAV file whose sizes do not fit 32 bits is written as RF64. Raw is interleaved signed
-16-bit little-endian PCM.
-
-Without an index beside FILE, --start decodes what comes before and drops it. With one it jumps,
-and sample 0 is another place: an index leaves the first frame out, and with it no decoder delay
-is skipped.
-
-)";
-
-constexpr const char* kIndexFooter =
-    R"(The index of song.mp3 is song.mp3.idx beside it; the module finds it there by itself. It gets its
-name only when it is complete, so an existing one stays whole until then; in a file system without
-links it is moved aside meanwhile. A run that is killed may leave files named .unfinished-*.
-
---verify writes nothing. It prints "good" and the number of frames, "stale" and the first
-difference, or "no index" for each file; the exit status is 0 when all are good.
-
-)";
-
-constexpr const char* kFramesFooter =
-    R"(The frames are those that the module delivers: with an index beside FILE from its first entry on,
-else from the first frame that is no "Info" frame. A frame's first sample is its place in what
-the module delivers; what lies before sample 0 is left out there.
-
-)";
-
 constexpr int kMaximumJobs = 64;
 
 constexpr const char* kWaveName = "wav";
 constexpr const char* kRawName = "raw";
+constexpr const char* kBuiltInName = "builtin";
+constexpr const char* kExternalName = "external";
+
+constexpr std::int64_t kShortestSlice = 10'000;     // 1 ms
+constexpr std::int64_t kLongestSlice = 100'000'000; // 10 s
+constexpr std::int64_t kLastSlice = 0xFFFF'FFFF;
 
 /// The values as CLI11 stores them.
 struct RawOptions {
@@ -72,6 +38,13 @@ struct RawOptions {
     bool verify = false;
     bool recurse = false;
     int jobs = 1;
+    std::string decoder;
+    std::optional<std::uint32_t> rate;
+    std::optional<int> channels;
+    std::optional<int> bits;
+    std::string sliceTime;
+    std::int64_t firstSlice = 0;
+    std::optional<std::int64_t> sliceCount;
 };
 
 StreamLength RequireLength(const std::string& option, const std::string& text) {
@@ -80,6 +53,31 @@ StreamLength RequireLength(const std::string& option, const std::string& text) {
         throw UsageError(option + ": '" + text +
                          "' is neither a number of samples nor a time such as 62.5s or 1:02.5");
     return *length;
+}
+
+std::int64_t RequireSliceTime(const std::string& text) {
+    const auto time = ParseMilliseconds(text);
+    if (!time || *time < kShortestSlice || *time > kLongestSlice)
+        throw UsageError("--time: '" + text +
+                         "' is no number of milliseconds from 1 to 10000 with at most four decimal places");
+    return *time;
+}
+
+void AddOutputOptions(CLI::App& command, RawOptions& raw) {
+    command.add_option("-o,--output", raw.output, "Output file; - for standard output")->type_name("OUT");
+    command.add_option("--format", raw.format, "wav or raw")
+        ->check(CLI::IsMember({kWaveName, kRawName}).description(""))
+        ->type_name("FORMAT");
+    command.add_option("--rate", raw.rate, "Sample rate to deliver, 4000 to 384000")
+        ->check(CLI::Range(kLowestRate, kHighestRate).description(""))
+        ->type_name("HZ");
+    command.add_option("--channels", raw.channels, "Channels to deliver, 1 or 2")
+        ->check(CLI::IsMember({1, 2}).description(""))
+        ->type_name("N");
+    command.add_option("--bits", raw.bits, "Bits of a sample, 8, 16, 24 or 32")
+        ->check(CLI::IsMember({8, 16, 24, 32}).description(""))
+        ->type_name("B");
+    command.add_flag("--force", raw.force, "Overwrite an existing output file");
 }
 
 CLI::App* AddInfoCommand(CLI::App& app, RawOptions& raw) {
@@ -91,19 +89,34 @@ CLI::App* AddInfoCommand(CLI::App& app, RawOptions& raw) {
 }
 
 CLI::App* AddDecodeCommand(CLI::App& app, RawOptions& raw) {
-    CLI::App* decode = app.add_subcommand("decode", "Decode a file to 16-bit PCM");
+    CLI::App* decode = app.add_subcommand("decode", "Decode a file to PCM");
     decode->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
-    decode->add_option("-o,--output", raw.output, "Output file; - for standard output")->type_name("OUT");
-    decode->add_option("--format", raw.format, "wav or raw")
-        ->check(CLI::IsMember({kWaveName, kRawName}).description(""))
-        ->type_name("FORMAT");
+    AddOutputOptions(*decode, raw);
     decode->add_option("--start", raw.start, "First sample to deliver")->type_name("SAMPLES|TIME");
     decode->add_option("--length", raw.length, "How much to deliver; less when the stream ends before")
         ->type_name("SAMPLES|TIME");
-    decode->add_flag("--force", raw.force, "Overwrite an existing output file");
+    decode->add_option("--decoder", raw.decoder, "builtin or external")
+        ->check(CLI::IsMember({kBuiltInName, kExternalName}).description(""))
+        ->type_name("DECODER");
     decode->add_flag("--index", raw.index, "Build an index first when there is none");
     decode->footer(std::string(kDecodeFooter) + kExitFooter);
     return decode;
+}
+
+CLI::App* AddSlicesCommand(CLI::App& app, RawOptions& raw) {
+    CLI::App* slices =
+        app.add_subcommand("slices", "Read a file in slices of one duration, one after the other");
+    slices->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
+    slices->add_option("--time", raw.sliceTime, "Duration of a slice")->required()->type_name("MS");
+    AddOutputOptions(*slices, raw);
+    slices->add_option("--start", raw.firstSlice, "Number of the first slice to read")
+        ->check(CLI::Range(std::int64_t{0}, kLastSlice).description(""))
+        ->type_name("SLICE");
+    slices->add_option("--count", raw.sliceCount, "Slices to read; fewer when the stream ends before")
+        ->check(CLI::Range(std::int64_t{1}, kLastSlice).description(""))
+        ->type_name("N");
+    slices->footer(std::string(kSlicesFooter) + kExitFooter);
+    return slices;
 }
 
 CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
@@ -140,19 +153,51 @@ std::vector<std::wstring> WidenAll(const std::vector<std::string>& texts) {
     return wide;
 }
 
+OutputOptions ToOutputOptions(const RawOptions& raw) {
+    OutputOptions options;
+    options.path = os::WidenUtf8(raw.output);
+    if (!raw.format.empty())
+        options.format = raw.format == kRawName ? OutputFormat::kRaw : OutputFormat::kWave;
+    options.force = raw.force;
+    return options;
+}
+
+PcmChoice ToPcmChoice(const RawOptions& raw) {
+    PcmChoice choice;
+    choice.sampleRate = raw.rate;
+    if (raw.channels)
+        choice.channels = static_cast<std::uint16_t>(*raw.channels);
+    if (raw.bits)
+        choice.bitsPerSample = static_cast<std::uint16_t>(*raw.bits);
+    return choice;
+}
+
 DecodeOptions ToDecodeOptions(const RawOptions& raw) {
     DecodeOptions options;
     options.file = os::WidenUtf8(raw.file);
     options.module = os::WidenUtf8(raw.module);
-    options.output = os::WidenUtf8(raw.output);
-    if (!raw.format.empty())
-        options.format = raw.format == kRawName ? OutputFormat::kRaw : OutputFormat::kWave;
+    options.output = ToOutputOptions(raw);
+    options.pcm = ToPcmChoice(raw);
+    if (!raw.decoder.empty())
+        options.decoder = raw.decoder == kExternalName ? Decoder::kExternal : Decoder::kBuiltIn;
     if (!raw.start.empty())
         options.start = RequireLength("--start", raw.start);
     if (!raw.length.empty())
         options.length = RequireLength("--length", raw.length);
-    options.force = raw.force;
     options.index = raw.index;
+    return options;
+}
+
+SlicesOptions ToSlicesOptions(const RawOptions& raw) {
+    SlicesOptions options;
+    options.file = os::WidenUtf8(raw.file);
+    options.module = os::WidenUtf8(raw.module);
+    options.output = ToOutputOptions(raw);
+    options.pcm = ToPcmChoice(raw);
+    options.sliceTime = RequireSliceTime(raw.sliceTime);
+    options.start = static_cast<std::uint32_t>(raw.firstSlice);
+    if (raw.sliceCount)
+        options.count = static_cast<std::uint32_t>(*raw.sliceCount);
     return options;
 }
 
@@ -167,7 +212,7 @@ IndexOptions ToIndexOptions(const RawOptions& raw) {
 
 FramesOptions ToFramesOptions(const RawOptions& raw) {
     const TableForm form = raw.json ? TableForm::kJson : raw.csv ? TableForm::kCsv : TableForm::kReadable;
-    return {os::WidenUtf8(raw.file), form};
+    return {os::WidenUtf8(raw.file), os::WidenUtf8(raw.module), form};
 }
 
 } // namespace
@@ -184,6 +229,7 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     const CLI::App* info = AddInfoCommand(app, raw);
     const CLI::App* index = AddIndexCommand(app, raw);
     const CLI::App* frames = AddFramesCommand(app, raw);
+    const CLI::App* slices = AddSlicesCommand(app, raw);
     AddDecodeCommand(app, raw);
     try {
         // CLI11 takes the arguments from the back.
@@ -202,6 +248,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
         return ToInfoOptions(raw);
     if (index->parsed())
         return ToIndexOptions(raw);
+    if (slices->parsed())
+        return ToSlicesOptions(raw);
     if (frames->parsed())
         return ToFramesOptions(raw);
     return ToDecodeOptions(raw);

@@ -1,8 +1,11 @@
 /// What the command line asks for.
 #pragma once
 
+#include "mpatool/decoder.h"
+#include "mpatool/pcm_choice.h"
 #include "mpatool/time_parse.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -23,15 +26,31 @@ struct InfoOptions {
 
 enum class OutputFormat { kWave, kRaw };
 
+struct OutputOptions {
+    std::wstring path;                  ///< "-" for standard output; empty: by the input's name
+    std::optional<OutputFormat> format; ///< none: the output's name decides
+    bool force = false;
+};
+
 struct DecodeOptions {
     std::wstring file;
-    std::wstring module;                ///< empty: the one beside this program
-    std::wstring output;                ///< "-" for standard output
-    std::optional<OutputFormat> format; ///< none: the output's name decides
+    std::wstring module; ///< empty: the one beside this program
+    OutputOptions output;
+    PcmChoice pcm;
+    std::optional<Decoder> decoder; ///< none: as the module's settings say
     StreamLength start;
     std::optional<StreamLength> length; ///< none: to the end
-    bool force = false;
-    bool index = false; ///< build an index first when there is none
+    bool index = false;                 ///< build an index first when there is none
+};
+
+struct SlicesOptions {
+    std::wstring file;
+    std::wstring module; ///< empty: the one beside this program
+    OutputOptions output;
+    PcmChoice pcm;
+    std::int64_t sliceTime = 0; ///< 100 ns
+    std::uint32_t start = 0;    ///< number of the first slice
+    std::optional<std::uint32_t> count;
 };
 
 struct IndexOptions {
@@ -47,10 +66,12 @@ enum class TableForm { kReadable, kCsv, kJson };
 
 struct FramesOptions {
     std::wstring file;
+    std::wstring module; ///< empty: the one beside this program
     TableForm form = TableForm::kReadable;
 };
 
-using Command = std::variant<ShowText, InfoOptions, DecodeOptions, IndexOptions, FramesOptions>;
+using Command =
+    std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions>;
 
 /// Reads the arguments (UTF-8, the program's name first). Throws UsageError.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

@@ -1,17 +1,21 @@
 #include "mpatool/decode_command.h"
 
 #include "index/index_format.h"
+#include "mpatool/exported_class.h"
+#include "mpatool/exported_names.h"
 #include "mpatool/index_pool.h"
 #include "mpatool/module_host.h"
-#include "mpatool/output_target.h"
+#include "mpatool/module_place.h"
+#include "mpatool/pcm_conversion.h"
+#include "mpatool/pcm_output.h"
 #include "mpatool/progress_bar.h"
 #include "mpatool/stream_scan.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
-#include "mpatool/wave_writer.h"
 #include "os/console.h"
 #include "os/output_file.h"
 #include "os/paths.h"
+#include "trnmpafileread/audio_reader.h"
 
 #include <algorithm>
 #include <limits>
@@ -19,12 +23,6 @@
 namespace mpatool {
 
 namespace {
-
-/// Samples per channel, from the start of the stream, end excluded.
-struct SampleRange {
-    std::int64_t begin = 0;
-    std::int64_t end = 0;
-};
 
 std::string Describe(std::int64_t samples, std::uint32_t sampleRate) {
     return std::to_string(samples) + " samples, " + FormatTime(static_cast<double>(samples) / sampleRate);
@@ -45,21 +43,34 @@ SampleRange ChooseRange(const DecodeOptions& options, const StreamScan& scan, st
     return {begin, begin + std::min(wanted, total - begin)};
 }
 
-ModuleReader OpenSampleReader(ModuleHost& host, const std::wstring& file) {
+/// Whether the module makes no sample reader for want of the decoder that its settings choose.
+bool LacksDecoder(ModuleHost& host) {
+    using Reader = TRN_MpAudioFileReader2;
+    if (host.Export(exported::kSampleReaderMake) == nullptr)
+        return false;
+    const ExportedFunction<decltype(&Reader::Initialize)> initialize(host, exported::kSampleReaderInitialize);
+    ExportedObject<Reader> reader(host, exported::kSampleReaderMake, exported::kSampleReaderEnd);
+    return initialize(reader.Get()) == TRN_AUDIO_READER_NO_DECODER;
+}
+
+ModuleReader OpenSampleReader(ModuleHost& host, const ModulePlace& place, const std::wstring& file) {
     ModuleReader reader = host.CreateReader(file);
-    if (reader.Open(file, TRN_OPEN_SAMPLE_READER) != 1)
-        throw ToolError(file, "the module cannot open it");
-    return reader;
+    if (reader.Open(file, TRN_OPEN_SAMPLE_READER) == 1)
+        return reader;
+    if (place.InUse() == Decoder::kExternal && LacksDecoder(host))
+        throw ToolError(place.Name(), "the module has no external decoder: it was built without one, or "
+                                      "libmpg123 cannot be loaded (result -2322)");
+    throw ToolError(file, "the module cannot open it");
 }
 
 PcmFormat RequireFormat(ModuleReader& reader, const StreamScan& scan, const std::wstring& file) {
     const auto wave = reader.PcmFormat();
     if (!wave)
         throw ToolError(file, "the module does not tell its format");
-    const PcmFormat format = {wave->nSamplesPerSec, wave->nChannels};
+    const PcmFormat format = {wave->nSamplesPerSec, wave->nChannels, wave->wBitsPerSample};
     const PcmFormat frames = {static_cast<std::uint32_t>(scan.firstHeader.sampleRate),
                               static_cast<std::uint16_t>(scan.firstHeader.channels)};
-    if (format != frames || wave->wBitsPerSample != PcmFormat::kBitsPerSample)
+    if (format != frames)
         throw ToolError(file, scan.index ? "the index beside it describes another stream"
                                          : "the module describes another stream than its frames do");
     return format;
@@ -122,14 +133,15 @@ std::int64_t ReadFrom(const StreamScan& scan, std::int64_t begin) {
     return scan.index && scan.index->matchesFrames ? begin : 0;
 }
 
-void Transfer(StretchReader& reader, const SampleRange& range, std::int64_t readFrom,
-              std::uint32_t sampleRate, OutputTarget& output) {
-    ProgressBar progress(range.end - readFrom, sampleRate);
-    reader.Read({readFrom, range.begin}, [&](std::span<const std::uint8_t>, std::int64_t position) {
+void Transfer(StretchReader& reader, StretchConversion& conversion, std::int64_t readFrom,
+              std::uint32_t sampleRate, PcmOutput& output) {
+    const SampleRange& needed = conversion.Needed();
+    ProgressBar progress(needed.end - readFrom, sampleRate);
+    reader.Read({readFrom, needed.begin}, [&](std::span<const std::uint8_t>, std::int64_t position) {
         progress.Update(position - readFrom);
     });
-    reader.Read(range, [&](std::span<const std::uint8_t> pcm, std::int64_t position) {
-        output.Write(pcm);
+    reader.Read(needed, [&](std::span<const std::uint8_t> pcm, std::int64_t position) {
+        conversion.Add(pcm, [&](std::span<const std::uint8_t> converted) { output.Write(converted); });
         progress.Update(position - readFrom);
     });
 }
@@ -137,23 +149,24 @@ void Transfer(StretchReader& reader, const SampleRange& range, std::int64_t read
 } // namespace
 
 void RunDecode(const DecodeOptions& options) {
-    const OutputChoice choice = ChooseOutput(options);
-    ModuleHost host(options.module);
+    const OutputChoice choice = ChooseOutput(options.file, options.output);
+    const ModulePlace place(options.module, options.decoder);
+    ModuleHost host(place.Path());
     if (options.index)
         EnsureIndex(host, options.file);
-    const StreamScan scan = ScanStream(options.file);
-    ModuleReader module = OpenSampleReader(host, options.file);
+    const StreamScan scan = ScanStream(options.file, place.InUse());
+    ModuleReader module = OpenSampleReader(host, place, options.file);
     const PcmFormat format = RequireFormat(module, scan, options.file);
     const SampleRange range = ChooseRange(options, scan, format.sampleRate);
     if (range.begin > 0)
         NoteEstimates(scan, options.file);
 
-    OutputTarget output(choice.path, options.file, options.force);
-    if (choice.format == OutputFormat::kWave)
-        output.Write(WaveHeader(format, static_cast<std::uint64_t>(range.end - range.begin) *
-                                            format.BytesPerSample()));
+    const PcmFormat pcm = options.pcm.Applied(format);
+    StretchConversion conversion(format, pcm, range, scan.Samples());
+    PcmOutput output(choice, options.file, options.output.force);
+    output.Begin(pcm, AtRate(range, format.sampleRate, pcm.sampleRate).Samples());
     StretchReader reader(module, format, options.file);
-    Transfer(reader, range, ReadFrom(scan, range.begin), format.sampleRate, output);
+    Transfer(reader, conversion, ReadFrom(scan, conversion.Needed().begin), format.sampleRate, output);
     output.Commit();
 }
 

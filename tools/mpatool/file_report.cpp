@@ -2,10 +2,10 @@
 
 namespace mpatool {
 
-FileReport MakeReport(ModuleHost& host, const std::wstring& file) {
+FileReport MakeReport(ModuleHost& host, Decoder decoder, const std::wstring& file) {
     FileReport report;
     report.file = file;
-    report.scan = ScanStream(file);
+    report.scan = ScanStream(file, decoder);
     report.classByName = host.ClassIdentifierFor(file);
 
     // A reader of its own: with both flags, a variable bit rate would keep the sample reader from being

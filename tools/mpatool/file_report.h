@@ -24,8 +24,9 @@ struct FileReport {
     StreamScan scan;
 };
 
-/// Asks the module and walks over the file. Throws ToolError when the file cannot be read or holds no frames.
-FileReport MakeReport(ModuleHost& host, const std::wstring& file);
+/// Asks the module, which uses `decoder`, and walks over the file. Throws ToolError when the file cannot be
+/// read or holds no frames.
+FileReport MakeReport(ModuleHost& host, Decoder decoder, const std::wstring& file);
 
 /// For people: several lines, the last one ended.
 std::string ReadableReport(const FileReport& report);

@@ -1,6 +1,7 @@
 #include "mpatool/frames_command.h"
 
 #include "mpatool/frame_row.h"
+#include "mpatool/module_place.h"
 #include "mpatool/stream_walk.h"
 #include "mpatool/text_output.h"
 #include "os/paths.h"
@@ -17,10 +18,10 @@ namespace {
 using AppendRow = void (*)(std::string& text, const FrameRow& row);
 
 /// Prints the rows with `separator` between them, in large pieces.
-void PrintRows(StreamWalk& walk, AppendRow append, const char* separator) {
+void PrintRows(StreamWalk& walk, std::int32_t delay, AppendRow append, const char* separator) {
     constexpr std::size_t kPieceBytes = 64 * 1024;
     FrameRow row;
-    row.firstSample = -std::int64_t{walk.DelaySamples()};
+    row.firstSample = -std::int64_t{delay};
     std::string text;
     while (const auto frame = walk.Next()) {
         row.frame = *frame;
@@ -37,14 +38,14 @@ void PrintRows(StreamWalk& walk, AppendRow append, const char* separator) {
     Print(text);
 }
 
-void PrintJson(StreamWalk& walk, const std::wstring& file) {
+void PrintJson(StreamWalk& walk, std::int32_t delay, const std::wstring& file) {
     using Json = nlohmann::ordered_json;
     // File names need not be valid UTF-8.
     const std::string name =
         Json(os::NarrowToUtf8(file)).dump(-1, ' ', false, Json::error_handler_t::replace);
     Print("{\n  \"file\": " + name + ",\n  \"index\": " + (walk.Index() ? "true" : "false") +
-          ",\n  \"delaySamples\": " + std::to_string(walk.DelaySamples()) + ",\n  \"frames\": [\n    ");
-    PrintRows(walk, AppendJson, ",\n    ");
+          ",\n  \"delaySamples\": " + std::to_string(delay) + ",\n  \"frames\": [\n    ");
+    PrintRows(walk, delay, AppendJson, ",\n    ");
     Print("\n  ]\n}\n");
 }
 
@@ -52,15 +53,16 @@ void PrintJson(StreamWalk& walk, const std::wstring& file) {
 
 void RunFrames(const FramesOptions& options) {
     StreamWalk walk(options.file);
+    const std::int32_t delay = walk.DelaySamples(DecoderBySettings(options.module));
     switch (options.form) {
     case TableForm::kJson:
-        return PrintJson(walk, options.file);
+        return PrintJson(walk, delay, options.file);
     case TableForm::kCsv:
         Print(CsvHeading());
-        return PrintRows(walk, AppendCsv, "");
+        return PrintRows(walk, delay, AppendCsv, "");
     case TableForm::kReadable:
         Print(ReadableHeading());
-        return PrintRows(walk, AppendReadable, "");
+        return PrintRows(walk, delay, AppendReadable, "");
     }
 }
 

@@ -1,6 +1,7 @@
 #include "mpatool/info_command.h"
 
 #include "mpatool/file_report.h"
+#include "mpatool/module_place.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "os/console.h"
@@ -18,13 +19,14 @@ using Json = nlohmann::ordered_json;
 template <typename Show, typename Fail>
 int ForEachFile(const InfoOptions& options, Show show, Fail fail) {
     ModuleHost host(options.module);
+    const Decoder decoder = DecoderBySettings(options.module);
     int status = kExitSuccess;
     for (const std::wstring& file : options.files) {
         if (os::InterruptRequested())
             throw Interrupted();
         std::optional<FileReport> report;
         try {
-            report = MakeReport(host, file);
+            report = MakeReport(host, decoder, file);
         } catch (const ToolError& error) {
             status = kExitFailure;
             PrintError(error.what());

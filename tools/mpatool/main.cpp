@@ -3,6 +3,7 @@
 #include "mpatool/frames_command.h"
 #include "mpatool/index_command.h"
 #include "mpatool/info_command.h"
+#include "mpatool/slices_command.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "os/console.h"
@@ -22,6 +23,10 @@ struct CommandRunner {
     int operator()(const InfoOptions& options) const { return RunInfo(options); }
     int operator()(const DecodeOptions& options) const {
         RunDecode(options);
+        return kExitSuccess;
+    }
+    int operator()(const SlicesOptions& options) const {
+        RunSlices(options);
         return kExitSuccess;
     }
     int operator()(const IndexOptions& options) const { return RunIndex(options); }

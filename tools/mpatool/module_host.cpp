@@ -56,6 +56,13 @@ ModuleReader ModuleHost::CreateReader(const std::wstring& file) {
     return ModuleReader(std::unique_ptr<PLUGIN_FILE_READER_CLASS>(reader));
 }
 
+void* ModuleHost::RequireExport(const char* name) {
+    void* const address = library_.Symbol(name);
+    if (address == nullptr)
+        throw ToolError(path_, L"the module lacks a class: " + library_.ErrorText());
+    return address;
+}
+
 std::optional<TRN_MEDIA_INFO2> ModuleReader::ProbeInfo() {
     TRN_MEDIA_INFO2 info;
     if (reader_->GetFileInfo(TRN_FILE_INFO_PROBE, &info) != 1)

@@ -61,6 +61,10 @@ public:
     /// reader of layer III: one class serves all layers. Throws ToolError.
     ModuleReader CreateReader(const std::wstring& file);
 
+    /// The address of something that the module exports. Null, or a ToolError, when it does not.
+    void* Export(const char* name) { return library_.Symbol(name); }
+    void* RequireExport(const char* name);
+
 private:
     os::SharedLibrary library_;
     std::wstring path_;

@@ -55,12 +55,12 @@ OutputFormat FormatByName(const std::wstring& path) {
 
 } // namespace
 
-OutputChoice ChooseOutput(const DecodeOptions& options) {
-    if (options.output.empty()) {
+OutputChoice ChooseOutput(const std::wstring& input, const OutputOptions& options) {
+    if (options.path.empty()) {
         const OutputFormat format = options.format.value_or(OutputFormat::kWave);
-        return {DefaultOutput(options.file, format), format};
+        return {DefaultOutput(input, format), format};
     }
-    return {options.output, options.format ? *options.format : FormatByName(options.output)};
+    return {options.path, options.format ? *options.format : FormatByName(options.path)};
 }
 
 OutputTarget::OutputTarget(const std::wstring& path, const std::wstring& input, bool force)

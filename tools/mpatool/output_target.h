@@ -16,7 +16,7 @@ struct OutputChoice {
     std::wstring path; ///< "-" for standard output
     OutputFormat format = OutputFormat::kWave;
 };
-OutputChoice ChooseOutput(const DecodeOptions& options);
+OutputChoice ChooseOutput(const std::wstring& input, const OutputOptions& options);
 
 /// An output file that exists under its name either whole or not at all: it is made under a temporary name
 /// beside it and renamed by Commit. Devices, pipes and standard output are written to directly.

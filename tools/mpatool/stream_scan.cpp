@@ -41,11 +41,11 @@ private:
     bool matches_ = true;
 };
 
-void DescribeStart(StreamWalk& walk, StreamScan& scan) {
+void DescribeStart(StreamWalk& walk, Decoder decoder, StreamScan& scan) {
     const trnmpa::WalkedFrame& first = walk.First();
     scan.fileBytes = walk.FileBytes();
     scan.hasInfoFrame = walk.HasInfoFrame();
-    scan.delaySamples = walk.DelaySamples();
+    scan.delaySamples = walk.DelaySamples(decoder);
     scan.firstHeader = first.header;
     scan.samplesPerFrame = first.samplesPerFrame;
     scan.lowestBitRate = first.header.bitRate * 1000;
@@ -69,10 +69,10 @@ double StreamScan::AverageBitRate() const {
     return static_cast<double>(frameBytes) * 8 / seconds;
 }
 
-StreamScan ScanStream(const std::wstring& path) {
+StreamScan ScanStream(const std::wstring& path, Decoder decoder) {
     StreamWalk walk(path);
     StreamScan scan;
-    DescribeStart(walk, scan);
+    DescribeStart(walk, decoder, scan);
     ScanCollector collector(scan, walk.Index());
     while (const auto frame = walk.Next())
         collector.Add(*frame);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mpa/frame_header.h"
+#include "mpatool/decoder.h"
 
 #include <cstdint>
 #include <optional>
@@ -41,7 +42,8 @@ struct StreamScan {
     double AverageBitRate() const;
 };
 
-/// Walks over the whole file. Throws ToolError when it cannot be read or holds no frame.
-StreamScan ScanStream(const std::wstring& path);
+/// Walks over the whole file, as a sample reader with `decoder` delivers it. Throws ToolError when it cannot
+/// be read or holds no frame.
+StreamScan ScanStream(const std::wstring& path, Decoder decoder);
 
 } // namespace mpatool

@@ -41,8 +41,8 @@ void StreamWalk::StartAtAudio(const std::wstring& path) {
     first_ = *frame;
 }
 
-std::int32_t StreamWalk::DelaySamples() const {
-    return index_ ? 0 : trnmpa::BuiltInDecoderDelay(first_.header.layer);
+std::int32_t StreamWalk::DelaySamples(Decoder decoder) const {
+    return index_ ? 0 : DelayOf(decoder, first_.header.layer);
 }
 
 std::optional<trnmpa::WalkedFrame> StreamWalk::Next() {

@@ -3,6 +3,7 @@
 
 #include "mpa/file_header_sources.h"
 #include "mpa/frame_walk.h"
+#include "mpatool/decoder.h"
 #include "mpatool/index_file.h"
 #include "trcommontoolsr/file_access.h"
 
@@ -26,8 +27,8 @@ public:
     std::optional<IndexFile>& Index() { return index_; }
     /// An "Info" frame was passed over at the start; with an index none is looked for.
     bool HasInfoFrame() const { return hasInfoFrame_; }
-    /// Samples per channel that are decoded before sample 0 and left out.
-    std::int32_t DelaySamples() const;
+    /// Samples per channel that `decoder` decodes before sample 0 and the reader leaves out.
+    std::int32_t DelaySamples(Decoder decoder) const;
 
     /// The frame that the next call of Next gives; there is one after construction.
     const trnmpa::WalkedFrame& First() const { return first_; }

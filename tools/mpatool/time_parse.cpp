@@ -179,6 +179,17 @@ std::optional<StreamLength> ParseStreamLength(std::string_view text) {
     return *time;
 }
 
+std::optional<std::int64_t> ParseMilliseconds(std::string_view text) {
+    constexpr std::int64_t kUnitsPerMillisecond = 10'000;
+    constexpr std::int64_t kBillionthsPerUnit = kNanosecondsPerSecond / kUnitsPerMillisecond;
+    const std::size_t places = text.size() - std::min(text.find('.'), text.size());
+    const auto number = TakeDecimal(text);
+    if (!number || !text.empty() || places > std::string_view(".0000").size() ||
+        number->whole > kMaximumSeconds * 1000)
+        return std::nullopt;
+    return number->whole * kUnitsPerMillisecond + number->billionths / kBillionthsPerUnit;
+}
+
 std::int64_t ToSamples(const StreamLength& length, std::uint32_t sampleRate) {
     if (const auto* count = std::get_if<SampleCount>(&length))
         return count->samples;

@@ -25,6 +25,10 @@ using StreamLength = std::variant<SampleCount, Time>;
 /// "1h2m3s", "250ms". Nothing for any other text and for values that do not fit.
 std::optional<StreamLength> ParseStreamLength(std::string_view text);
 
+/// Milliseconds with up to four decimal places, in units of 100 ns. Nothing for any other text and for values
+/// that do not fit.
+std::optional<std::int64_t> ParseMilliseconds(std::string_view text);
+
 /// Samples per channel of a length at `sampleRate` Hz, a time rounded to the nearest sample. The largest
 /// value when the result does not fit.
 std::int64_t ToSamples(const StreamLength& length, std::uint32_t sampleRate);

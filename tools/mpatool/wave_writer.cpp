@@ -41,15 +41,30 @@ void WriteFormatChunk(FieldWriter& out, const PcmFormat& format) {
         .Number(format.sampleRate)
         .Number(static_cast<std::uint32_t>(format.sampleRate * format.BytesPerSample()))
         .Number(format.BytesPerSample())
-        .Number(PcmFormat::kBitsPerSample);
+        .Number(format.bitsPerSample);
 }
 
 } // namespace
 
+WAVEFORMATEX ToWaveFormat(const PcmFormat& format) {
+    WAVEFORMATEX wave = {};
+    wave.wFormatTag = kFormatTagPcm;
+    wave.nChannels = format.channels;
+    wave.nSamplesPerSec = format.sampleRate;
+    wave.nAvgBytesPerSec = format.sampleRate * format.BytesPerSample();
+    wave.nBlockAlign = format.BytesPerSample();
+    wave.wBitsPerSample = format.bitsPerSample;
+    return wave;
+}
+
+std::vector<std::uint8_t> WavePadding(std::uint64_t dataBytes) {
+    return std::vector<std::uint8_t>(dataBytes % 2);
+}
+
 std::vector<std::uint8_t> WaveHeader(const PcmFormat& format, std::uint64_t dataBytes) {
     constexpr std::uint64_t kWaveTagBytes = 4;
     const std::uint64_t riffBytes =
-        kWaveTagBytes + kChunkHeadBytes + kFormatBytes + kChunkHeadBytes + dataBytes;
+        kWaveTagBytes + kChunkHeadBytes + kFormatBytes + kChunkHeadBytes + dataBytes + dataBytes % 2;
     FieldWriter out;
     if (riffBytes < kSizeElsewhere) {
         out.Tag("RIFF").Number(static_cast<std::uint32_t>(riffBytes)).Tag("WAVE");

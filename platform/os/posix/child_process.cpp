@@ -97,6 +97,11 @@ bool ChildProcess::Interrupt() {
     return process_ != kNone && kill(static_cast<pid_t>(process_), SIGINT) == 0;
 }
 
+void ChildProcess::Kill() {
+    if (process_ != kNone)
+        kill(static_cast<pid_t>(process_), SIGKILL);
+}
+
 int ChildProcess::Wait() {
     CloseOutput();
     const auto child = static_cast<pid_t>(std::exchange(process_, kNone));

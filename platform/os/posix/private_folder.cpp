@@ -37,7 +37,7 @@ bool PrivateFolder::AddLibrary(const std::wstring& library) {
     if (path_.empty())
         return false;
     const std::wstring full = ResolveLinks(library);
-    const std::wstring place = PathOf(full.substr(full.rfind(kPathSeparator) + 1));
+    const std::wstring place = PathOf(library.substr(library.rfind(kPathSeparator) + 1));
     if (::symlink(NarrowToUtf8(full).c_str(), NarrowToUtf8(place).c_str()) != 0)
         return Fail();
     files_.push_back(place);

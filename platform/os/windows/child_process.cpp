@@ -107,6 +107,12 @@ bool ChildProcess::Interrupt() {
            GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, GetProcessId(ToHandle(process_))) != 0;
 }
 
+void ChildProcess::Kill() {
+    constexpr UINT kStatus = 137;
+    if (process_ != kNone)
+        TerminateProcess(ToHandle(process_), kStatus);
+}
+
 int ChildProcess::Wait() {
     CloseOutput();
     const std::intptr_t process = std::exchange(process_, kNone);
