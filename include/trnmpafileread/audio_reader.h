@@ -31,11 +31,10 @@ class KwMpAudioReader2;
 }
 
 /// Results of the sample reader besides 1.
-inline constexpr std::int32_t TRN_AUDIO_READER_EXCEPTION = -128;      ///< or a request of 2 GiB or more
-inline constexpr std::int32_t TRN_AUDIO_READER_NO_PCM_BUFFER = -2320; ///< memory
-inline constexpr std::int32_t TRN_AUDIO_READER_NO_ENGINE = -2321;     ///< Initialize first; or memory
-inline constexpr std::int32_t TRN_AUDIO_READER_NO_DECODER =
-    -2322; ///< memory, built or left without its library
+inline constexpr std::int32_t TRN_AUDIO_READER_EXCEPTION = -128;         ///< or a request of 2 GiB or more
+inline constexpr std::int32_t TRN_AUDIO_READER_NO_PCM_BUFFER = -2320;    ///< memory
+inline constexpr std::int32_t TRN_AUDIO_READER_NO_ENGINE = -2321;        ///< Initialize first; or memory
+inline constexpr std::int32_t TRN_AUDIO_READER_NO_DECODER = -2322;       ///< memory, or no external decoder
 inline constexpr std::int32_t TRN_AUDIO_READER_ANALYSIS_FAILED = -2323;  ///< no tag end or no first frame
 inline constexpr std::int32_t TRN_AUDIO_READER_OPEN_FAILED = -2325;      ///< or a null record
 inline constexpr std::int32_t TRN_AUDIO_READER_BAD_REQUEST = -2326;      ///< negative start or zero count

@@ -173,6 +173,19 @@ TEST_F(DecoderChoiceTest, SettingsBesideTheModuleAreLeftAlone) {
     EXPECT_NE(own.output, other.output);
 }
 
+TEST_F(DecoderChoiceTest, InfoAndFramesCountAsTheSettingsSay) {
+    AddSample("music.mp3");
+    const fs::path module = Copy(BuiltModule(), "module", true);
+    ChooseIn("module", 1);
+    EXPECT_THAT(Run({"info", "--module", module.string(), "music.mp3"}).output,
+                HasSubstr("decoder delay     529 samples\n"));
+    EXPECT_THAT(Run({"frames", "--module", module.string(), "--json", "music.mp3"}).output,
+                HasSubstr("\"delaySamples\": 529"));
+    ChooseIn("module", 0);
+    EXPECT_THAT(Run({"frames", "--module", module.string(), "--json", "music.mp3"}).output,
+                HasSubstr("\"delaySamples\": 1100"));
+}
+
 TEST_F(DecoderChoiceTest, ModuleWithoutTheLibraryBesideIt) {
     if (fs::path::preferred_separator != '\\')
         GTEST_SKIP() << "the system's loader finds the library wherever the module stands";

@@ -1,0 +1,101 @@
+#include "mpatool/raw_options.h"
+
+#include "mpatool/tool_error.h"
+#include "os/paths.h"
+
+namespace mpatool {
+
+namespace {
+
+constexpr std::int64_t kShortestSlice = 10'000;     // 1 ms
+constexpr std::int64_t kLongestSlice = 100'000'000; // 10 s
+
+StreamLength RequireLength(const std::string& option, const std::string& text) {
+    const auto length = ParseStreamLength(text);
+    if (!length)
+        throw UsageError(option + ": '" + text +
+                         "' is neither a number of samples nor a time such as 62.5s or 1:02.5");
+    return *length;
+}
+
+std::int64_t RequireSliceTime(const std::string& text) {
+    const auto time = ParseMilliseconds(text);
+    if (!time || *time < kShortestSlice || *time > kLongestSlice)
+        throw UsageError("--time: '" + text +
+                         "' is no number of milliseconds from 1 to 10000 with at most four decimal places");
+    return *time;
+}
+
+std::vector<std::wstring> WidenAll(const std::vector<std::string>& texts) {
+    std::vector<std::wstring> wide;
+    wide.reserve(texts.size());
+    for (const std::string& text : texts)
+        wide.push_back(os::WidenUtf8(text));
+    return wide;
+}
+
+OutputOptions ToOutputOptions(const RawOptions& raw) {
+    OutputOptions options;
+    options.path = os::WidenUtf8(raw.output);
+    if (!raw.format.empty())
+        options.format = raw.format == kRawName ? OutputFormat::kRaw : OutputFormat::kWave;
+    options.force = raw.force;
+    return options;
+}
+
+PcmChoice ToPcmChoice(const RawOptions& raw) {
+    PcmChoice choice;
+    choice.sampleRate = raw.rate;
+    if (raw.channels)
+        choice.channels = static_cast<std::uint16_t>(*raw.channels);
+    if (raw.bits)
+        choice.bitsPerSample = static_cast<std::uint16_t>(*raw.bits);
+    return choice;
+}
+
+} // namespace
+
+DecodeOptions ToDecodeOptions(const RawOptions& raw) {
+    DecodeOptions options;
+    options.file = os::WidenUtf8(raw.file);
+    options.module = os::WidenUtf8(raw.module);
+    options.output = ToOutputOptions(raw);
+    options.pcm = ToPcmChoice(raw);
+    if (!raw.decoder.empty())
+        options.decoder = raw.decoder == kExternalName ? Decoder::kExternal : Decoder::kBuiltIn;
+    if (!raw.start.empty())
+        options.start = RequireLength("--start", raw.start);
+    if (!raw.length.empty())
+        options.length = RequireLength("--length", raw.length);
+    options.index = raw.index;
+    return options;
+}
+
+SlicesOptions ToSlicesOptions(const RawOptions& raw) {
+    SlicesOptions options;
+    options.file = os::WidenUtf8(raw.file);
+    options.module = os::WidenUtf8(raw.module);
+    options.output = ToOutputOptions(raw);
+    options.pcm = ToPcmChoice(raw);
+    options.sliceTime = RequireSliceTime(raw.sliceTime);
+    options.start = static_cast<std::uint32_t>(raw.firstSlice);
+    if (raw.sliceCount)
+        options.count = static_cast<std::uint32_t>(*raw.sliceCount);
+    return options;
+}
+
+InfoOptions ToInfoOptions(const RawOptions& raw) {
+    return {WidenAll(raw.infoFiles), os::WidenUtf8(raw.module), raw.json};
+}
+
+IndexOptions ToIndexOptions(const RawOptions& raw) {
+    return {
+        WidenAll(raw.indexFiles), os::WidenUtf8(raw.module), raw.force, raw.verify, raw.recurse, raw.jobs};
+}
+
+FramesOptions ToFramesOptions(const RawOptions& raw) {
+    const TableForm form = raw.json ? TableForm::kJson : raw.csv ? TableForm::kCsv : TableForm::kReadable;
+    return {os::WidenUtf8(raw.file), os::WidenUtf8(raw.module), form};
+}
+
+} // namespace mpatool

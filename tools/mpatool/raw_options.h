@@ -1,0 +1,51 @@
+/// The command line between its parser and the commands.
+#pragma once
+
+#include "mpatool/command_line.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mpatool {
+
+inline constexpr const char* kWaveName = "wav";
+inline constexpr const char* kRawName = "raw";
+inline constexpr const char* kBuiltInName = "builtin";
+inline constexpr const char* kExternalName = "external";
+
+/// The values as CLI11 stores them.
+struct RawOptions {
+    std::string module;
+    std::vector<std::string> infoFiles;
+    std::vector<std::string> indexFiles;
+    bool json = false;
+    bool csv = false;
+    std::string file;
+    std::string output;
+    std::string format;
+    std::string start;
+    std::string length;
+    bool force = false;
+    bool index = false;
+    bool verify = false;
+    bool recurse = false;
+    int jobs = 1;
+    std::string decoder;
+    std::optional<std::uint32_t> rate;
+    std::optional<int> channels;
+    std::optional<int> bits;
+    std::string sliceTime;
+    std::int64_t firstSlice = 0;
+    std::optional<std::int64_t> sliceCount;
+};
+
+/// What the values mean. They throw UsageError for those that mean nothing.
+DecodeOptions ToDecodeOptions(const RawOptions& raw);
+SlicesOptions ToSlicesOptions(const RawOptions& raw);
+InfoOptions ToInfoOptions(const RawOptions& raw);
+IndexOptions ToIndexOptions(const RawOptions& raw);
+FramesOptions ToFramesOptions(const RawOptions& raw);
+
+} // namespace mpatool
