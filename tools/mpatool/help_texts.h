@@ -26,8 +26,8 @@ Without --rate, --channels and --bits the PCM is what the module delivers, 16 bi
 stream's own rate and channels. A stretch of a converted stream is that stretch of the whole.
 
 Without --decoder the module's settings file, trnfsdk.ini, chooses. With it the module is loaded
-from a private temporary folder when they say another decoder; a trnfsdk.ini beside this program
-comes before all others, and then stops the run.
+from a private temporary folder when that file says another one; a trnfsdk.ini beside this program
+comes before all others, and stops the run when it says another.
 
 Without an index beside FILE, --start decodes what comes before and drops it. With one it jumps,
 and sample 0 is another place: an index leaves the first frame out, and with it no decoder delay
