@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstring>
 #include <set>
+#include <string>
 
 namespace {
 
@@ -146,6 +147,12 @@ TEST_F(SliceFormats, OneChannelIsTheMeanOfTwo) {
     }
 }
 
+std::string Text(const WAVEFORMATEX& format) {
+    return "tag " + std::to_string(format.wFormatTag) + ", " + std::to_string(format.nChannels) +
+           " channels, " + std::to_string(format.nSamplesPerSec) + " Hz, " +
+           std::to_string(format.wBitsPerSample) + " bits";
+}
+
 /// Formats that are not served.
 std::vector<WAVEFORMATEX> Unserved() {
     std::vector<WAVEFORMATEX> formats;
@@ -170,17 +177,12 @@ std::vector<WAVEFORMATEX> Unserved() {
 
 TEST_F(SliceFormats, UnservedFormatsGiveAnEmptySliceAndTheNextOneWorks) {
     const auto path = scratch_.Add("a.mp3", SteadyStream(40).bytes);
-    const std::vector<Slice> own = All(path, WAVEFORMATEX{});
     for (const WAVEFORMATEX& good :
          {WAVEFORMATEX{}, test::PcmFormat(44100, 1, 24), test::PcmFormat(48000, 2, 16)}) {
         const std::vector<Slice> expected = All(path, good);
         ASSERT_GE(expected.size(), 20u);
-        std::uint32_t number = 0;
         for (const WAVEFORMATEX& bad : Unserved()) {
-            SCOPED_TRACE(testing::Message() << "to " << good.nSamplesPerSec << " after tag " << bad.wFormatTag
-                                            << ", " << bad.nChannels << " channels, " << bad.nSamplesPerSec
-                                            << " Hz, " << bad.wBitsPerSample << " bits");
-            number = 2;
+            SCOPED_TRACE("to " + Text(good) + " after " + Text(bad));
             ASSERT_EQ(StartSlices(reader_, path, kSliceTime), 1);
             SetFormat(reader_, good);
             ReadSlice(reader_);
@@ -191,7 +193,7 @@ TEST_F(SliceFormats, UnservedFormatsGiveAnEmptySliceAndTheNextOneWorks) {
             EXPECT_EQ(none.atEnd, 0);
             ExpectNone(ReadSliceAt(reader_, 10));
             SetFormat(reader_, good);
-            for (number = 11; number < 14; ++number) {
+            for (std::uint32_t number = 11; number < 14; ++number) {
                 const Slice slice = ReadSlice(reader_);
                 ASSERT_EQ(slice.result, 1);
                 const int bits = slice.format.wBitsPerSample;
