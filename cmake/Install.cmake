@@ -33,5 +33,11 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/trnmpafileread-config-ve
     COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/trnmpafileread-config-version.cmake" DESTINATION "${TRN_INSTALL_PACKAGE}")
 
+file(RELATIVE_PATH TRN_PC_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" TRN_PC_PREFIX "${TRN_PC_PREFIX}")
+set(TRN_PC_LIBS "")
+if(WIN32)
+    set(TRN_PC_LIBS " -loleaut32")
+endif()
 configure_file(cmake/trnmpafileread.pc.in "${PROJECT_BINARY_DIR}/trnmpafileread.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/trnmpafileread.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -77,7 +77,8 @@ public:
     std::int32_t AddRef() override;
     std::int32_t GetRef() override;
 
-    /// Closes the file and lets go of the engine; gives 1. The object itself stays its owner's to delete.
+    /// Lets go of the engine, whose last user closes the file; gives 1. The object itself stays its owner's
+    /// to delete.
     std::int32_t Release() override;
 
     /// Takes the file to open and finds the index beside it. 0 when there is an index that cannot be opened.

@@ -42,8 +42,8 @@ static_assert(sizeof(tag_KW_MpaStreamInfo) == 20);
 ///
 /// Slice k is [k, k + 1) times the slice time, cut to whole samples, so that the slices in order are the
 /// stream, with nothing lost or doubled between them; what does not fill a last slice is not delivered.
-/// Without an index slice 0 begins behind the decoder's delay. After a jump in a stream of one MPEG-1 layer,
-/// of constant bit rate or with an index, a slice is bit for bit what reading from the start gives. At the
+/// Without an index slice 0 begins behind the decoder's delay. After a jump in an MPEG-1 stream of constant
+/// bit rate or with an index, a slice is bit for bit what reading from the start gives. At the
 /// lower sampling frequencies a slice after a jump begins 550 samples later than in order; in streams of
 /// variable bit rate without an index, and behind the last entry of one, its place is estimated.
 class TRN_EXPORT TRN_MpAudioFileReader {
@@ -69,20 +69,23 @@ public:
     std::int32_t GetOriginalStreamInfo(WAVEFORMATEX& format);
 
     /// The format of the slices from now on; all zeros (the default) for the stream's own. PCM of 1 or 2
-    /// channels, 8, 16, 24 or 32 bits at any rate is served; with another format ReadFrame gives 0.
+    /// channels, 8, 16, 24 or 32 bits at a rate between 1/256 and 256 times the stream's is served; with
+    /// another format ReadFrame gives 0.
     std::int32_t SetOutputWAVEFormat(WAVEFORMATEX& format);
 
     /// Opens the file and stands before slice 0. 0 when it holds no stream.
     std::int32_t StartRead();
 
-    /// The next slice to read. Nothing is read or checked before ReadFrame. Gives 1.
+    /// The next slice to read. Nothing is read or checked before ReadFrame; StartRead begins at 0 again.
+    /// Gives 1.
     std::int32_t SeekTo(std::uint32_t slice);
 
     /// Reads the next slice: `*data` points to its PCM, `length` has its bytes, `*format` (if not null) its
     /// format. The bytes belong to the engine and stay valid until its next call. `atEnd` is 1 when the
     /// stream ended before the slice was full; the result is then 0 and the slice empty, as after any
     /// failure. A fault of the decoder on the way to a slice after a jump may give 1 with an empty slice
-    /// (length 0, data null). Whatever the result, the next slice is the one after.
+    /// (length 0, data null); slices shorter than a sample may be empty, too. Whatever the result, the next
+    /// slice is the one after.
     std::int32_t ReadFrame(unsigned char** data, std::int32_t& length, WAVEFORMATEX* format,
                            std::int32_t& atEnd);
 
@@ -114,7 +117,8 @@ public:
 
     /// Stores the byte position of the frame that holds `time` in `position` and gives 1: exact with an index
     /// and for constant bit rate, else an estimate; a time below 0 counts as 0. The decoder's delay is not
-    /// counted. 0, with nothing stored, before StartRead and for a stream without a format.
+    /// counted. Behind the end the place is computed likewise and lies outside the file, at most at
+    /// 4,294,967,295. 0, with nothing stored, before StartRead and for a stream without a format.
     std::int32_t SeekTo(std::int64_t time, unsigned long& position);
 
     /// Not provided: gives 0 and touches nothing.

@@ -57,8 +57,10 @@ std::size_t FrameFile::Read(std::span<std::uint8_t> bytes) {
 std::int64_t FrameFile::SkipTags(std::int64_t position) {
     constexpr std::size_t kTagHeaderBytes = 10;
     constexpr std::uint8_t kHasFooter = 0x10;
+    // Files have one or two; a file made of tags is none to be read to its end.
+    constexpr int kMostTags = 64;
     std::array<std::uint8_t, kTagHeaderBytes> tag{};
-    while (SetPosition(position) && Read(tag) == tag.size()) {
+    for (int tags = 0; tags < kMostTags && SetPosition(position) && Read(tag) == tag.size(); ++tags) {
         if (std::toupper(tag[0]) != 'I' || std::toupper(tag[1]) != 'D' || tag[2] != '3')
             break;
         std::int64_t size = 0;

@@ -49,7 +49,7 @@ public:
     /// Where DecodeMP3 writes; not owned, room for 4608 bytes.
     virtual std::int32_t SetOutBuf(unsigned char* buffer);
 
-    /// Finds the first frame from the file position on, behind ID3v2 tags that stand there, within 64 KiB. It
+    /// Finds the first frame from the file position on, within 64 KiB behind ID3v2 tags that stand there. It
     /// fixes the format of the frames that are decoded from now on. The file position stays.
     virtual std::int32_t StartDec();
 

@@ -73,6 +73,7 @@ std::int32_t TRN_MpAudioFileReader2::SetInputFile(CComBSTR path) {
 
 std::int32_t TRN_MpAudioFileReader2::GetSamples(AudioReaderDataIn request, unsigned char** data,
                                                 std::int32_t& size, unsigned long* extra) {
+    size = 0;
     unsigned char* pcm = nullptr;
     const std::int32_t result =
         WithEngine(engine_, [&] { return engine_->GetSamples(request, pcm, size, extra); });

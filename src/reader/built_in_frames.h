@@ -12,7 +12,7 @@
 namespace trnmpa {
 
 /// The built-in decoder, fed by the module's own byte source. The end of the data is thrown.
-class BuiltInFrames final : public FrameSource {
+class BuiltInFrames : public FrameSource {
 public:
     /// Throws AMP_ERR_INTERNAL when there is no memory for the decoder.
     BuiltInFrames();

@@ -38,8 +38,18 @@ std::int64_t KwMpAudioReader::BytesBefore(std::int64_t slice) const {
 
 std::int32_t KwMpAudioReader::ReadFrame(PcmSlice& slice) {
     slice = {};
-    if (!CanRead())
-        return 0;
+    std::int32_t result = 0;
+    if (CanRead())
+        result = ReadConverted(slice);
+    else
+        stream_.knowsPlace = false;
+    // The number after the last is 0 again, and what is read there does not go on from here.
+    stream_.currentSlice = ++stream_.requestedSlice;
+    stream_.knowsPlace &= stream_.currentSlice != 0;
+    return result;
+}
+
+std::int32_t KwMpAudioReader::ReadConverted(PcmSlice& slice) {
     std::int32_t result = ReadRequested(slice);
     try {
         if (slice.data != nullptr && HasOutputFormat() && !Convert(slice))
@@ -50,7 +60,6 @@ std::int32_t KwMpAudioReader::ReadFrame(PcmSlice& slice) {
         slice.length = 0;
         result = 0;
     }
-    stream_.currentSlice = ++stream_.requestedSlice;
     return result;
 }
 
@@ -60,6 +69,7 @@ std::int32_t KwMpAudioReader::ReadRequested(PcmSlice& slice) {
     const bool jumps = stream_.currentSlice != stream_.requestedSlice || !stream_.knowsPlace;
     stream_.knowsPlace = false;
     stream_.slicesBefore = false;
+    stream_.metEnd = false;
     try {
         if (jumps)
             SeekAndPrime(AnchorSlice(requested), requested);
@@ -68,8 +78,9 @@ std::int32_t KwMpAudioReader::ReadRequested(PcmSlice& slice) {
         return 1;
     } catch (int code) {
         // At the end of the data reading on gives the end again, wherever a computed place might lead.
-        stream_.knowsPlace = code == AMP_ERR_END_OF_STREAM;
-        slice.atEnd = code == AMP_ERR_END_OF_STREAM;
+        stream_.metEnd = code == AMP_ERR_END_OF_STREAM;
+        stream_.knowsPlace = stream_.metEnd;
+        slice.atEnd = stream_.metEnd;
     } catch (...) {
     }
     // What does not fill a slice belongs to none.
@@ -93,8 +104,8 @@ std::int64_t KwMpAudioReader::AnchorSlice(std::int64_t slice) const {
     std::int64_t anchor = std::max<std::int64_t>(slice - kSettlingSlices, 0);
     const auto primed = static_cast<std::int64_t>(LookAheadBytes());
     const std::int64_t target = BytesBefore(slice);
-    while (anchor > 0 && target - BytesBefore(anchor) < primed)
-        anchor -= std::min<std::int64_t>(anchor, 16);
+    for (std::int64_t step = 1; anchor > 0 && target - BytesBefore(anchor) < primed; step *= 2)
+        anchor -= std::min(anchor, step);
     return anchor;
 }
 
@@ -106,12 +117,20 @@ void KwMpAudioReader::SeekAndPrime(std::int64_t anchor, std::int64_t slice) {
     FillQueue(static_cast<std::size_t>(pcmBytes));
     stream_.queue.Drop(static_cast<std::size_t>(start % pcmBytes));
     if (anchor < slice) {
-        FillQueue(static_cast<std::size_t>(BytesBefore(anchor + 1) - BytesBefore(anchor)));
+        PassOver(BytesBefore(anchor + 1) - BytesBefore(anchor));
         stream_.slicesBefore = true;
+        PassOver(BytesBefore(slice) - BytesBefore(anchor + 1));
     }
-    const auto bytes = static_cast<std::size_t>(BytesBefore(slice) - BytesBefore(anchor));
-    FillQueue(bytes);
-    stream_.queue.Drop(bytes);
+}
+
+/// A frame at a time: slices may be long.
+void KwMpAudioReader::PassOver(std::int64_t bytes) {
+    while (bytes > 0) {
+        FillQueue(1);
+        const auto step = std::min<std::int64_t>(bytes, static_cast<std::int64_t>(stream_.queue.Size()));
+        stream_.queue.Drop(static_cast<std::size_t>(step));
+        bytes -= step;
+    }
 }
 
 /// Stands before `frame` with decoder and source, the bit reservoir and the filter bank filled; the queue is

@@ -30,8 +30,12 @@ std::int32_t KwMpAudioReader::Initialize() {
     });
 }
 
+std::unique_ptr<BuiltInFrames> KwMpAudioReader::CreateFrames() {
+    return std::make_unique<BuiltInFrames>();
+}
+
 void KwMpAudioReader::CreateCompanions() {
-    auto frames = std::make_unique<BuiltInFrames>();
+    auto frames = CreateFrames();
     converter_ = std::make_unique<TRN_PCMBasicProcess>(kConverterMode, kConverterBufferBytes);
     frames_ = std::move(frames);
 }
@@ -60,6 +64,8 @@ std::int32_t KwMpAudioReader::SetInputFile(const std::wstring& path) {
 
 std::int32_t KwMpAudioReader::SetPerPcmFrameTime(std::int64_t time) {
     frameTime_ = time;
+    // The end of a slice says nothing about slices of another length.
+    stream_.knowsPlace &= !stream_.metEnd;
     return 1;
 }
 

@@ -53,6 +53,9 @@ public:
     /// The byte position of the frame that holds `time` (100 ns; before the stream counts as its start).
     std::int32_t PositionByTime(std::int64_t time, std::uint32_t& position);
 
+protected:
+    virtual std::unique_ptr<BuiltInFrames> CreateFrames();
+
 private:
     static constexpr std::int64_t kDefaultFrameTime = 400'000;
     /// What a conversion to another rate may need of the samples before a slice.
@@ -69,6 +72,7 @@ private:
         std::uint32_t requestedSlice = 0;
         std::uint32_t currentSlice = 0;
         bool knowsPlace = true;    ///< the queue goes on where the last slice ended
+        bool metEnd = false;       ///< the last slice read was not full any more
         bool slicesBefore = false; ///< on the way to the requested slice at least one other was read
         std::size_t startDrop = 0; ///< bytes of the first frame that are not delivered
         PcmQueue queue{kRememberedBytes};
@@ -85,10 +89,12 @@ private:
     // Delivery.
     bool CanRead() const;
     std::int64_t BytesBefore(std::int64_t slice) const;
+    std::int32_t ReadConverted(PcmSlice& slice);
     std::int32_t ReadRequested(PcmSlice& slice);
     void ReadSlice(std::int64_t slice, PcmSlice& result);
     std::int64_t AnchorSlice(std::int64_t slice) const;
     void SeekAndPrime(std::int64_t anchor, std::int64_t slice);
+    void PassOver(std::int64_t bytes);
     void SeekToFrame(std::int64_t frame);
     std::int64_t AgreeingPlace(std::int64_t offset) const;
     std::int64_t PrerollStartOf(std::int64_t frame, Preroll& preroll) const;

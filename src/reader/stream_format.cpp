@@ -1,5 +1,6 @@
 #include "reader/stream_format.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -19,6 +20,11 @@ WAVEFORMATEX PcmFormat(std::uint16_t channels, std::uint32_t sampleRate, std::ui
     format.nBlockAlign = static_cast<std::uint16_t>(std::uint32_t{channels} * bitsPerSample / 8);
     format.nAvgBytesPerSec = sampleRate * format.nBlockAlign;
     return format;
+}
+
+std::int32_t Saturated(std::uint32_t value) {
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::min<std::uint32_t>(value, kMost));
 }
 
 } // namespace
@@ -41,8 +47,8 @@ AMPFrameInfo FrameInfoOf(const MpaIndexHeader& header) {
     info.version = header.version;
     info.stereo = header.channels == 2 ? 1 : 0;
     info.bitsPerSample = header.bitsPerSample;
-    info.sampleRate = static_cast<std::int32_t>(header.sampleRate);
-    info.bitRate = static_cast<std::int32_t>(header.bitRate);
+    info.sampleRate = Saturated(header.sampleRate);
+    info.bitRate = Saturated(header.bitRate);
     info.frameBytes = header.frameBytes;
     const std::uint64_t pcmBytes = std::uint64_t{header.samplesPerFrame} * PcmFormatOf(header).nBlockAlign;
     if (pcmBytes <= std::numeric_limits<std::int32_t>::max())

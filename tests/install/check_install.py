@@ -29,6 +29,17 @@ def run_host(host, emulator, folder, library_folder):
             sys.exit(f"the host did not say {wanted!r}")
 
 
+def run_tool(prefix, folder, emulator):
+    """The installed tool finds the installed module."""
+    sample = folder / "tool.mp3"
+    shutil.copyfile(SOURCE / "samples" / "music.mp3", sample)
+    tool = prefix / "bin" / ("mpatool.exe" if emulator else "mpatool")
+    output = run(*emulator, tool, "info", sample, capture_output=True).stdout
+    print(output)
+    if "2323 (layer III)" not in output:
+        sys.exit("the installed tool did not describe the file")
+
+
 def by_package(prefix, folder, toolchain, emulator):
     build = folder / "consumer"
     more = []
@@ -68,6 +79,7 @@ def main():
         folder = Path(name)
         prefix = folder / "prefix"
         run("cmake", "--install", options.build, "--prefix", prefix, stdout=subprocess.DEVNULL)
+        run_tool(prefix, folder, emulator)
         by_package(prefix, folder, options.toolchain, emulator)
         if not emulator:
             by_pkg_config(prefix, folder, next(prefix.glob("lib*/**/libtrnmpafileread.so")).parent)

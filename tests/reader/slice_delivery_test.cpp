@@ -189,6 +189,41 @@ TEST_F(SliceDelivery, SliceTimesThatMakeNoSenseGiveNothing) {
     }
 }
 
+TEST_F(SliceDelivery, ARefusedSliceCountsToo) {
+    const auto path = scratch_.Add("a.mp3", SteadyStream(20).bytes);
+    TRN_MpAudioFileReader ordered;
+    ASSERT_EQ(StartSlices(ordered, path, 400'000), 1);
+    const std::vector<Slice> slices = ReadAllSlices(ordered);
+    ASSERT_GE(slices.size(), 4u);
+    TRN_MpAudioFileReader reader;
+    ASSERT_EQ(StartSlices(reader, path, 400'000), 1);
+    EXPECT_EQ(ReadSlice(reader).bytes, slices[0].bytes);
+    reader.SetPerPCMFrameTime(0);
+    EXPECT_EQ(ReadSlice(reader).result, 0);
+    reader.SetPerPCMFrameTime(400'000);
+    EXPECT_EQ(ReadSlice(reader).bytes, slices[2].bytes);
+    EXPECT_EQ(ReadSlice(reader).bytes, slices[3].bytes);
+}
+
+TEST_F(SliceDelivery, TheEndIsLeftByAnyOtherNumberOrTime) {
+    const auto path = scratch_.Add("a.mp3", SteadyStream(20).bytes);
+    TRN_MpAudioFileReader reader;
+    ASSERT_EQ(StartSlices(reader, path, 400'000), 1);
+    const std::vector<Slice> slices = ReadAllSlices(reader);
+    ASSERT_GE(slices.size(), 4u);
+    // Behind the greatest number comes 0 again.
+    EXPECT_EQ(ReadSliceAt(reader, 0xFFFFFFFF).atEnd, 1);
+    EXPECT_EQ(ReadSliceAt(reader, 0).bytes, slices[0].bytes);
+    EXPECT_EQ(ReadSlice(reader).bytes, slices[1].bytes);
+    // The number behind the last is a good one for shorter slices.
+    const auto last = static_cast<std::uint32_t>(slices.size());
+    EXPECT_EQ(ReadSliceAt(reader, last).atEnd, 1);
+    reader.SetPerPCMFrameTime(200'000);
+    const Slice shorter = ReadSliceAt(reader, last + 1);
+    EXPECT_EQ(shorter.result, 1);
+    EXPECT_EQ(shorter.bytes.size(), slices[0].bytes.size() / 2);
+}
+
 TEST_F(SliceDelivery, ASliceOfLessThanASampleIsEmptyAndGood) {
     const auto path = scratch_.Add("a.mp3", SteadyStream(20).bytes);
     TRN_MpAudioFileReader reader;

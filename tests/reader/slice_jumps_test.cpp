@@ -148,4 +148,27 @@ TEST_F(SliceJumps, AreExactAtConstantBitRateWithoutAnIndex) {
     EXPECT_GE(ways_, 90);
 }
 
+TEST_F(SliceJumps, AreExactForTheLongestSlices) {
+    bitstream::StreamOptions options;
+    options.seed = 5;
+    options.frames = 1300;
+    options.layer = 2;
+    options.sampleRateIndex = 2;
+    options.mode = model::kSingleChannel;
+    options.bitrateIndices = {1};
+    const bitstream::Stream stream = bitstream::WriteStream(options);
+    const auto path = scratch_.Add("a.mp3", stream.bytes);
+    for (const bool hasIndex : {false, true}) {
+        SCOPED_TRACE(hasIndex);
+        if (hasIndex)
+            scratch_.Add("a.mp3.idx", IndexOf(stream).ToBytes());
+        TRN_MpAudioFileReader reader;
+        ASSERT_EQ(StartSlices(reader, path, 10'000 * kMillisecond), 1);
+        const std::vector<Slice> slices = ReadAllSlices(reader);
+        ASSERT_EQ(slices.size(), 4u) << "of 46.8 s";
+        for (const std::uint32_t number : {3u, 1u, 2u, 0u, 3u})
+            EXPECT_TRUE(ReadSliceAt(reader, number).bytes == slices[number].bytes) << number;
+    }
+}
+
 } // namespace

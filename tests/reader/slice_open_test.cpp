@@ -128,7 +128,8 @@ TEST_F(SliceOpen, IndexesWithoutEntriesOrFormatGiveNoSlices) {
         comp.SetInputFile(Name(path));
         comp.StartRead();
         unsigned long position = 5;
-        comp.SeekTo(12'345'678, position);
+        const std::int32_t found = comp.SeekTo(12'345'678, position);
+        EXPECT_TRUE(found == 1 || (found == 0 && position == 5)) << bytes.size();
     }
 }
 
@@ -193,7 +194,8 @@ TEST_F(SliceOpen, TheCompressedReaderTellsPlacesByTime) {
     EXPECT_EQ(position, 0u);
     EXPECT_EQ(reader.SeekTo(std::numeric_limits<std::int64_t>::min(), position), 1);
     EXPECT_EQ(position, 0u);
-    reader.SeekTo(std::numeric_limits<std::int64_t>::max(), position);
+    EXPECT_EQ(reader.SeekTo(std::numeric_limits<std::int64_t>::max(), position), 1);
+    EXPECT_EQ(position, 0xFFFFFFFFu) << "at most";
     std::int32_t length = 7;
     unsigned char byte = 3;
     EXPECT_EQ(reader.ReadAudioSample(&byte, length), 0);
@@ -217,7 +219,11 @@ TEST_F(SliceOpen, ThePlacesOfAnIndexComeFirst) {
     EXPECT_EQ(position, stream.frames[20].offset) << "entry 19 is frame 20";
     // Behind the last entry an estimate from the first frame's bit rate.
     EXPECT_EQ(reader.SeekTo(50'000'000, position), 1);
-    EXPECT_GT(position, 0u);
+    const auto header = IndexOf(stream).header;
+    const std::uint32_t frame = 5 * header.sampleRate / header.samplesPerFrame;
+    const double bytes =
+        static_cast<double>(header.samplesPerFrame) / header.sampleRate * frame * header.bitRate / 8;
+    EXPECT_EQ(position, static_cast<unsigned long>(bytes) - 1) << "from the byte before";
 }
 
 } // namespace

@@ -58,7 +58,7 @@ private:
     using Lifetime = void (*)(void*);
 
     Lifetime destroy_;
-    alignas(Class) std::byte storage_[sizeof(Class)];
+    alignas(Class) std::byte storage_[sizeof(Class)] = {};
 };
 
 } // namespace mpatool

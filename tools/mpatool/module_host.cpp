@@ -25,7 +25,9 @@ std::wstring DefaultModulePath() {
     const std::wstring program = os::ExecutablePath();
     const std::size_t separator = program.rfind(os::kPathSeparator);
     const std::wstring folder = separator == std::wstring::npos ? L"" : program.substr(0, separator + 1);
-    return folder + os::SharedLibraryFileName(L"trnmpafileread");
+    const std::wstring name = os::SharedLibraryFileName(L"trnmpafileread");
+    const std::wstring installed = folder + MPATOOL_MODULE_FOLDER + os::kPathSeparator + name;
+    return !os::IsReadable(folder + name) && os::IsReadable(installed) ? installed : folder + name;
 }
 
 ModuleHost::ModuleHost(const std::wstring& path) : path_(path.empty() ? DefaultModulePath() : path) {

@@ -71,7 +71,7 @@ private:
     std::unique_ptr<PLUGIN_FILE_READER_MODULE> module_;
 };
 
-/// The module's place when none is named.
+/// The module's place when none is named: beside this program, else where it is installed.
 std::wstring DefaultModulePath();
 
 } // namespace mpatool
