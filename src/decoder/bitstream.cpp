@@ -1,16 +1,14 @@
 #include "decoder/bitstream.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace trnmpa {
 
 void AMPBitstream::Clear() {
-    buffer_.fill(0);
-    bytesLeft_ = 0;
-    readIndex_ = 0;
+    reservoir_.fill(0);
     writeIndex_ = 0;
-    linearBit_ = 0;
-    EmptyAccumulator();
+    StartBody(0);
 }
 
 bool AMPBitstream::TryReadSource(void* destination, int count) {
@@ -24,55 +22,39 @@ void AMPBitstream::ReadSource(void* destination, int count) {
         throw static_cast<int>(AMP_ERR_END_OF_STREAM);
 }
 
-void AMPBitstream::FillLinear(int count) {
-    count = std::clamp(count, 0, kLinearBytes);
-    bytesLeft_ = 0;
-    ReadSource(buffer_.data(), count);
-    bytesLeft_ = count;
-    writeIndex_ = count;
-    linearBit_ = 0;
+/// Makes the first `count` bytes the body.
+void AMPBitstream::StartBody(int count) {
+    if (count < dirtyBytes_)
+        std::memset(body_.data() + count, 0, static_cast<std::size_t>(dirtyBytes_ - count));
+    dirtyBytes_ = count;
+    reader_ = BitReader(body_.data(), count);
 }
 
-std::uint32_t AMPBitstream::GetLinear(int bits) {
-    std::uint64_t window = 0;
-    const int firstByte = linearBit_ / 8;
-    for (int i = firstByte; i < firstByte + 5; ++i)
-        window = window << 8 | (i < bytesLeft_ ? buffer_[static_cast<std::size_t>(i)] : 0u);
-    const int spare = 40 - linearBit_ % 8 - bits;
-    linearBit_ += bits;
-    return static_cast<std::uint32_t>(window >> spare & ((std::uint64_t{1} << bits) - 1));
+void AMPBitstream::FillLinear(int count) {
+    count = std::clamp(count, 0, kLinearBytes);
+    dirtyBytes_ = std::max(dirtyBytes_, count); // a read that comes short leaves bytes too
+    const bool isWhole = TryReadSource(body_.data(), count);
+    StartBody(isWhole ? count : 0);
+    if (!isWhole)
+        throw static_cast<int>(AMP_ERR_END_OF_STREAM);
 }
 
 void AMPBitstream::AppendToReservoir(int count) {
     count = std::clamp(count, 0, kReservoirBytes);
-    writeIndex_ &= kReservoirMask;
     const int untilEnd = std::min(count, kReservoirBytes - writeIndex_);
-    ReadSource(buffer_.data() + writeIndex_, untilEnd);
-    ReadSource(buffer_.data(), count - untilEnd);
+    ReadSource(reservoir_.data() + writeIndex_, untilEnd);
+    ReadSource(reservoir_.data(), count - untilEnd);
     writeIndex_ = (writeIndex_ + count) & kReservoirMask;
-    bytesLeft_ = std::min(bytesLeft_ + count, kReservoirBytes);
 }
 
 void AMPBitstream::RewindToFrameStart(int bytes) {
     bytes = std::clamp(bytes, 0, kReservoirBytes);
-    readIndex_ = (writeIndex_ + kReservoirBytes - bytes) & kReservoirMask;
-    bytesLeft_ = bytes;
-    EmptyAccumulator();
-}
-
-void AMPBitstream::SeekToBitsRemaining(int target) {
-    const int surplus = BitsRemaining() - target;
-    if (surplus == 0)
-        return;
-    if (surplus > 0 && surplus <= 16) {
-        Skip(surplus);
-        return;
-    }
-    bytesLeft_ = (target + 7) / 8;
-    readIndex_ = (writeIndex_ + kReservoirBytes - bytesLeft_) & kReservoirMask;
-    EmptyAccumulator();
-    if (target % 8 != 0)
-        Skip(8 - target % 8);
+    const int first = (writeIndex_ + kReservoirBytes - bytes) & kReservoirMask;
+    const int untilEnd = std::min(bytes, kReservoirBytes - first);
+    std::memcpy(body_.data(), reservoir_.data() + first, static_cast<std::size_t>(untilEnd));
+    std::memcpy(body_.data() + untilEnd, reservoir_.data(), static_cast<std::size_t>(bytes - untilEnd));
+    dirtyBytes_ = std::max(dirtyBytes_, bytes);
+    StartBody(bytes);
 }
 
 } // namespace trnmpa

@@ -19,7 +19,7 @@ void ReadAllocation(AMPBitstream& bits, int channels, int bound, Layer1Allocatio
         for (int channel = 0; channel < channels; ++channel) {
             const bool shared = subband >= bound && channel == 1;
             frame.allocation[subband][channel] =
-                shared ? frame.allocation[subband][0] : static_cast<std::uint8_t>(bits.GetLinear(4));
+                shared ? frame.allocation[subband][0] : static_cast<std::uint8_t>(bits.Get(4));
         }
     }
 }
@@ -31,7 +31,7 @@ void ReadScaleFactors(AMPBitstream& bits, int channels, Layer1Allocation& frame)
             const int allocation = frame.allocation[subband][channel];
             if (allocation != 0)
                 frame.factor[subband][channel] =
-                    tables::kClassFactor[allocation] * tables::kScaleFactor[bits.GetLinear(6)];
+                    tables::kClassFactor[allocation] * tables::kScaleFactor[bits.Get(6)];
         }
     }
 }
@@ -44,7 +44,7 @@ void ReadSlot(AMPBitstream& bits, int channels, int bound, const Layer1Allocatio
             const int allocation = frame.allocation[subband][channel];
             const bool shared = subband >= bound && channel == 1;
             if (allocation != 0 && !shared)
-                value = static_cast<int>(bits.GetLinear(allocation + 1)) - ((1 << allocation) - 1);
+                value = static_cast<int>(bits.Get(allocation + 1)) - ((1 << allocation) - 1);
             slot[channel][subband] =
                 allocation != 0 ? static_cast<float>(value * frame.factor[subband][channel]) : 0.0f;
         }

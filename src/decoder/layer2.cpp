@@ -43,7 +43,7 @@ void ReadAllocation(AMPBitstream& bits, int table, Layer2Frame& frame) {
                 const bool repeated = frame.IsShared(subband) && channel == 1;
                 frame.quantisationClass[subband][channel] =
                     repeated ? frame.quantisationClass[subband][0]
-                             : tables::kAllocationClass[table][group][bits.GetLinear(width)];
+                             : tables::kAllocationClass[table][group][bits.Get(width)];
             }
         }
     }
@@ -54,7 +54,7 @@ void ReadAllocation(AMPBitstream& bits, int table, Layer2Frame& frame) {
 /// Reads the scale factors of one subband and channel by their selection (2.4.2.5).
 void ReadScaleFactorParts(AMPBitstream& bits, std::uint32_t selection, double classFactor,
                           double (&factor)[kScaleFactorParts]) {
-    const auto read = [&] { return classFactor * tables::kScaleFactor[bits.GetLinear(6)]; };
+    const auto read = [&] { return classFactor * tables::kScaleFactor[bits.Get(6)]; };
     factor[0] = read();
     switch (selection) {
     case 0:
@@ -81,7 +81,7 @@ void ReadScaleFactors(AMPBitstream& bits, Layer2Frame& frame) {
     for (int subband = 0; subband < frame.subbandLimit; ++subband)
         for (int channel = 0; channel < frame.channels; ++channel)
             if (frame.quantisationClass[subband][channel] != 0)
-                selection[subband][channel] = bits.GetLinear(2);
+                selection[subband][channel] = bits.Get(2);
     for (int subband = 0; subband < frame.subbandLimit; ++subband) {
         for (int channel = 0; channel < frame.channels; ++channel) {
             const int quantisationClass = frame.quantisationClass[subband][channel];
@@ -103,10 +103,10 @@ void ReadSamples(AMPBitstream& bits, int quantisationClass, std::int32_t (&sampl
     const std::int32_t centre = (levels - 1) / 2;
     if (!IsGrouped(quantisationClass)) {
         for (std::int32_t& sample : samples)
-            sample = static_cast<std::int32_t>(bits.GetLinear(codeBits)) - centre;
+            sample = static_cast<std::int32_t>(bits.Get(codeBits)) - centre;
         return;
     }
-    auto code = static_cast<std::int32_t>(bits.GetLinear(codeBits));
+    auto code = static_cast<std::int32_t>(bits.Get(codeBits));
     const bool isLastCode = code == (1 << codeBits) - 1;
     for (std::int32_t& sample : samples) {
         sample = isLastCode ? 0 : code % levels - centre;

@@ -55,7 +55,7 @@ TEST(Bitstream, LinearReadsEqualThePlainBits) {
     std::size_t position = 0;
     while (position < 8u * 2877 + 100) {
         const int count = static_cast<int>(engine() % 33);
-        ASSERT_EQ(bits.GetLinear(count), BitsOf(bytes, position, count)) << position;
+        ASSERT_EQ(bits.Get(count), BitsOf(bytes, position, count)) << position;
         position += static_cast<std::size_t>(count);
     }
 }

@@ -46,7 +46,7 @@ RegionStarts FindRegionStarts(const DecoderHeader& header, const GranuleInfo& in
 std::int32_t ReadExtension(AMPBitstream& bits, std::int32_t magnitude, int linbits) {
     if (magnitude == kLinbitsEscape && linbits > 0)
         magnitude += static_cast<std::int32_t>(bits.Get(linbits));
-    if (magnitude != 0 && bits.GetBit() != 0)
+    if (magnitude != 0 && bits.Get(1) != 0)
         return -magnitude;
     return magnitude;
 }
@@ -96,7 +96,7 @@ int ReadQuadruples(AMPBitstream& bits, bool isTableB, int endBitsRemaining, int 
         for (std::uint32_t mask = 8; mask != 0; mask >>= 1, ++index) {
             std::int32_t value = 0;
             if ((code & mask) != 0)
-                value = bits.GetBit() != 0 ? -1 : 1;
+                value = bits.Get(1) != 0 ? -1 : 1;
             lines[static_cast<std::size_t>(index)] = value;
         }
     }
