@@ -31,6 +31,12 @@ constexpr void AddShortBands(BandLayout& layout, const std::uint16_t (&starts)[1
     }
 }
 
+constexpr void MapPairs(BandLayout& layout) {
+    for (std::size_t i = 0; i < static_cast<std::size_t>(layout.count); ++i)
+        for (int line = layout.segment[i].start; line < layout.segment[i].End(); line += 2)
+            layout.segmentOfPair[static_cast<std::size_t>(line / 2)] = static_cast<std::uint8_t>(i);
+}
+
 enum Kind { kLong, kShort, kMixed, kKinds };
 
 constexpr BandLayout MakeLayout(int row, int rate, int kind) {
@@ -45,6 +51,7 @@ constexpr BandLayout MakeLayout(int row, int rate, int kind) {
         AddShortBands(layout, shortStarts, 0, 0);
     if (kind == kMixed)
         AddShortBands(layout, shortStarts, kMixedFirstShortBand, kMixedLongLines);
+    MapPairs(layout);
     return layout;
 }
 
@@ -61,6 +68,17 @@ constexpr LayoutTable MakeLayouts() {
 }
 
 constexpr LayoutTable kLayouts = MakeLayouts();
+
+constexpr bool AllStartsAreEven() {
+    for (const auto& row : kLayouts)
+        for (const auto& rate : row)
+            for (const BandLayout& layout : rate)
+                for (const BandSegment& segment : layout.segment)
+                    if (segment.start % 2 != 0 || segment.width % 2 != 0)
+                        return false;
+    return true;
+}
+static_assert(AllStartsAreEven());
 
 } // namespace
 

@@ -18,15 +18,18 @@ struct BandSegment {
     std::uint8_t window = 0;
     bool isShort = false;
 
-    int End() const { return start + width; }
+    constexpr int End() const { return start + width; }
 };
 
 /// The segments of a granule from line 0 to 576 without gaps. Three consecutive short segments are the three
 /// windows of one band.
 struct BandLayout {
     static constexpr int kMaximumSegments = 39;
+    static constexpr int kPairs = 288;
     std::array<BandSegment, kMaximumSegments> segment = {};
     int count = 0;
+    /// Which segment lines 2i and 2i + 1 are in. All segments have an even start.
+    std::array<std::uint8_t, kPairs> segmentOfPair = {};
 
     std::span<const BandSegment> Segments() const {
         return {segment.data(), static_cast<std::size_t>(count)};

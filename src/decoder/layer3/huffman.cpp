@@ -1,7 +1,7 @@
 #include "decoder/layer3/huffman.h"
 
-#include "decoder/tables/band_tables.h"
 #include "decoder/tables/huffman_tables.h"
+#include "decoder/tables/requantise_tables.h"
 
 #include <algorithm>
 
@@ -9,114 +9,147 @@ namespace trnmpa {
 
 namespace {
 
-constexpr int kRootBits = 8;
-constexpr std::uint32_t kLink = 0x80000000u;
-constexpr int kLinbitsEscape = 15;
+constexpr std::uint32_t kFirstMagnitudeTable = 13;
+constexpr std::uint32_t kLinbitsEscape = 15;
 
-struct RegionStarts {
-    int region1 = 0;
-    int region2 = 0;
+/// The lookup tables of one pair table; huffman_lookup.py tells how they are made.
+class PairTable {
+public:
+    explicit PairTable(std::uint32_t table)
+        : root_(tables::kPairEntry + tables::kPairPlace[table][0]),
+          longer_(tables::kPairEntry + tables::kPairPlace[table][2]),
+          rootShift_(64 - tables::kPairPlace[table][1]), longShift_(64 - tables::kPairPlace[table][3]) {}
+
+    std::uint32_t LookUp(std::uint64_t bits) const {
+        const std::uint32_t entry = root_[bits >> rootShift_];
+        if (entry != 0) [[likely]]
+            return entry;
+        return longer_[bits >> longShift_];
+    }
+
+private:
+    const std::uint16_t* root_;
+    const std::uint16_t* longer_;
+    int rootShift_;
+    int longShift_;
 };
 
-int LongBandStart(const DecoderHeader& header, std::uint32_t band) {
-    constexpr std::uint32_t kLastIndex = 22;
-    return tables::kLongBandStart[header.BandTableRow()][header.sampleRateIndex][std::min(band, kLastIndex)];
+/// One pair of tables 1 to 12: at most 13 bits with signs.
+inline void ReadSignedPair(BitWindow& window, const PairTable& table, const LineGains& gains,
+                           std::size_t pair, float* lines) {
+    const std::uint32_t entry = table.LookUp(window.Bits());
+    window.Skip(static_cast<int>(entry & 63));
+    const double gain = gains.OfPair(pair);
+    lines[2 * pair] = static_cast<float>(gain * tables::kSignedPower[entry >> 6 & 31]);
+    lines[2 * pair + 1] = static_cast<float>(gain * tables::kSignedPower[entry >> 11]);
 }
 
-/// Where the second and third big-value regions begin, in lines. With window switching the lower sampling
-/// frequencies have fixed starts.
-RegionStarts FindRegionStarts(const DecoderHeader& header, const GranuleInfo& info, int bigValueLines) {
-    const bool isSwitched = info.windowSwitching != 0;
-    const bool isMpeg25 = header.mpeg25 != 0;
-    RegionStarts starts;
-    if (isSwitched && info.IsShort()) {
-        const int shortBand3 = tables::kShortBandStart[header.BandTableRow()][header.sampleRateIndex][3];
-        starts = isMpeg25 ? RegionStarts{3 * shortBand3, bigValueLines} : RegionStarts{36, kGranuleLines};
-    } else if (isSwitched && header.lowSamplingFrequency != 0) {
-        starts = isMpeg25 ? RegionStarts{LongBandStart(header, 8), bigValueLines}
-                          : RegionStarts{54, kGranuleLines};
-    } else {
-        starts = {LongBandStart(header, info.region0Count + 1),
-                  LongBandStart(header, info.region0Count + info.region1Count + 2)};
+void ReadSignedPairs(BitWindow& bits, std::uint32_t tableNumber, const LineGains& gains, std::size_t pair,
+                     std::size_t endPair, float* lines) {
+    static_assert(4 * 13 <= BitWindow::kRefilledBits);
+    const PairTable table(tableNumber);
+    BitWindow window = bits;
+    for (; pair + 4 <= endPair; pair += 4) {
+        window.Refill();
+        for (std::size_t i = 0; i < 4; ++i)
+            ReadSignedPair(window, table, gains, pair + i, lines);
     }
-    return {std::min(starts.region1, bigValueLines), std::min(starts.region2, bigValueLines)};
+    window.Refill();
+    for (; pair < endPair; ++pair)
+        ReadSignedPair(window, table, gains, pair, lines);
+    bits = window;
 }
 
-/// A magnitude from the code, extended by linbits and given its sign.
-std::int32_t ReadExtension(AMPBitstream& bits, std::int32_t magnitude, int linbits) {
-    if (magnitude == kLinbitsEscape && linbits > 0)
-        magnitude += static_cast<std::int32_t>(bits.Get(linbits));
-    if (magnitude != 0 && bits.Get(1) != 0)
-        return -magnitude;
-    return magnitude;
-}
-
-std::uint32_t ReadPairCode(AMPBitstream& bits, std::uint32_t root) {
-    int consumed = 0;
-    int indexBits = kRootBits;
-    std::uint32_t entry = tables::kHuffmanEntry[root + bits.Peek(kRootBits)];
-    while ((entry & kLink) != 0) {
-        consumed += indexBits;
-        indexBits = static_cast<int>(entry >> 24 & 0x7F);
-        const std::uint32_t peeked = bits.Peek(consumed + indexBits) & ((1u << indexBits) - 1);
-        entry = tables::kHuffmanEntry[(entry & 0xFFFFFF) + peeked];
+/// A line from its magnitude, linbits and sign, without branches: all of them are hard to foresee.
+template <bool kHasLinbits>
+inline float ReadLine(BitWindow& window, std::uint32_t magnitude, std::uint32_t signBits, int linbits,
+                      const LineGains& gains, std::size_t pair) {
+    if constexpr (kHasLinbits) {
+        const int extension = magnitude == kLinbitsEscape ? linbits : 0;
+        magnitude += window.PeekOrNothing(extension);
+        window.Skip(extension);
     }
-    bits.Skip(static_cast<int>(entry >> 8 & 0x1F));
-    return entry;
+    const std::uint32_t isNegative = window.Peek(1) & signBits;
+    window.Skip(static_cast<int>(signBits));
+    return static_cast<float>(gains.OfPair(pair, isNegative) * tables::kFourThirdsPower[magnitude]);
 }
 
-void ReadPairs(AMPBitstream& bits, std::uint32_t table, std::span<std::int32_t> lines) {
-    const std::uint32_t root = tables::kHuffmanRoot[table];
-    if (root == 0) {
-        std::ranges::fill(lines, 0);
-        return;
-    }
-    const int linbits = tables::kHuffmanLinbits[table];
-    for (std::size_t i = 0; i + 1 < lines.size(); i += 2) {
-        const std::uint32_t entry = ReadPairCode(bits, root);
-        lines[i] = ReadExtension(bits, static_cast<std::int32_t>(entry >> 4 & 15), linbits);
-        lines[i + 1] = ReadExtension(bits, static_cast<std::int32_t>(entry & 15), linbits);
-    }
+/// One pair of tables 13 to 31.
+template <bool kHasLinbits>
+inline void ReadMagnitudePair(BitWindow& window, const PairTable& table, int linbits, const LineGains& gains,
+                              std::size_t pair, float* lines) {
+    const std::uint32_t entry = table.LookUp(window.Bits());
+    window.Skip(static_cast<int>(entry & 31));
+    lines[2 * pair] = ReadLine<kHasLinbits>(window, entry >> 5 & 15, entry >> 13 & 1, linbits, gains, pair);
+    lines[2 * pair + 1] = ReadLine<kHasLinbits>(window, entry >> 9 & 15, entry >> 14, linbits, gains, pair);
 }
 
-/// Bits v, w, x, y of the next quadruple, v the most significant.
-std::uint32_t ReadQuadrupleCode(AMPBitstream& bits, bool isTableB) {
-    if (isTableB)
-        return bits.Get(4) ^ 15;
-    const std::uint8_t entry = tables::kQuadrupleA[bits.Peek(6)];
-    bits.Skip(entry >> 4);
-    return entry & 15;
+template <bool kHasLinbits>
+void ReadMagnitudePairs(BitWindow& bits, std::uint32_t tableNumber, const LineGains& gains, std::size_t pair,
+                        std::size_t endPair, float* lines) {
+    // The longest code of the tables with linbits has 17 bits, that of the others 19.
+    static_assert(17 + 2 * (13 + 1) <= BitWindow::kRefilledBits && 2 * (19 + 2) <= BitWindow::kRefilledBits);
+    constexpr std::size_t kPairsPerRefill = kHasLinbits ? 1 : 2;
+    const PairTable table(tableNumber);
+    const int linbits = tables::kHuffmanLinbits[tableNumber];
+    BitWindow window = bits;
+    for (; pair + kPairsPerRefill <= endPair; pair += kPairsPerRefill) {
+        window.Refill();
+        for (std::size_t i = 0; i < kPairsPerRefill; ++i)
+            ReadMagnitudePair<kHasLinbits>(window, table, linbits, gains, pair + i, lines);
+    }
+    window.Refill();
+    if (pair < endPair)
+        ReadMagnitudePair<kHasLinbits>(window, table, linbits, gains, pair, lines);
+    bits = window;
 }
 
-int ReadQuadruples(AMPBitstream& bits, bool isTableB, int endBitsRemaining, int first,
-                   std::span<std::int32_t, kGranuleLines> lines) {
-    int index = first;
-    while (index <= kGranuleLines - 4 && bits.BitsRemaining() > endBitsRemaining) {
-        const std::uint32_t code = ReadQuadrupleCode(bits, isTableB);
-        for (std::uint32_t mask = 8; mask != 0; mask >>= 1, ++index) {
-            std::int32_t value = 0;
-            if ((code & mask) != 0)
-                value = bits.Get(1) != 0 ? -1 : 1;
-            lines[static_cast<std::size_t>(index)] = value;
-        }
-    }
-    const bool overran = bits.BitsRemaining() < endBitsRemaining;
-    return overran && index > first ? index - 4 : index;
+bool HasCodes(std::uint32_t table) {
+    return table != 0 && table != 4 && table != 14;
 }
 
 } // namespace
 
-int DecodeSpectrum(AMPBitstream& bits, const DecoderHeader& header, const GranuleInfo& info,
-                   int endBitsRemaining, std::span<std::int32_t, kGranuleLines> lines) {
-    const int bigValueLines = static_cast<int>(2 * info.bigValues);
-    const RegionStarts starts = FindRegionStarts(header, info, bigValueLines);
-    const int edges[4] = {0, starts.region1, std::max(starts.region1, starts.region2), bigValueLines};
-    for (int region = 0; region < 3; ++region) {
-        const auto first = static_cast<std::size_t>(edges[region]);
-        const auto count = static_cast<std::size_t>(edges[region + 1] - edges[region]);
-        ReadPairs(bits, info.tableSelect[region], lines.subspan(first, count));
+void ReadPairs(BitWindow& window, std::uint32_t table, const LineGains& gains, int firstPair, int pairs,
+               Spectrum spectrum) {
+    const auto first = static_cast<std::size_t>(firstPair);
+    const std::size_t end = first + static_cast<std::size_t>(pairs);
+    float* lines = spectrum.data();
+    if (!HasCodes(table))
+        std::fill(lines + 2 * first, lines + 2 * end, 0.0f);
+    else if (table < kFirstMagnitudeTable)
+        ReadSignedPairs(window, table, gains, first, end, lines);
+    else if (tables::kHuffmanLinbits[table] == 0)
+        ReadMagnitudePairs<false>(window, table, gains, first, end, lines);
+    else
+        ReadMagnitudePairs<true>(window, table, gains, first, end, lines);
+}
+
+int ReadQuadruples(BitWindow& bits, bool isTableB, const LineGains& gains, int first, int end,
+                   Spectrum spectrum) {
+    const std::uint16_t* table = isTableB ? tables::kQuadrupleB : tables::kQuadrupleA;
+    const int indexBits = isTableB ? 8 : 10;
+    BitWindow window = bits;
+    int left = end - window.Position();
+    auto line = static_cast<std::size_t>(first);
+    float* lines = spectrum.data();
+    while (line + 4 <= kGranuleLines && left > 0) {
+        window.Refill();
+        const std::uint32_t entry = table[window.Peek(indexBits)];
+        window.Skip(static_cast<int>(entry & 15));
+        left -= static_cast<int>(entry & 15);
+        const float* values = tables::kQuadrupleValues[entry >> 4];
+        const auto low = static_cast<float>(gains.OfPair(line / 2));
+        const auto high = static_cast<float>(gains.OfPair(line / 2 + 1));
+        lines[line] = values[0] * low;
+        lines[line + 1] = values[1] * low;
+        lines[line + 2] = values[2] * high;
+        lines[line + 3] = values[3] * high;
+        line += 4;
     }
-    return ReadQuadruples(bits, info.count1TableSelect != 0, endBitsRemaining, bigValueLines, lines);
+    bits = window;
+    const auto behind = static_cast<int>(line);
+    return left < 0 && behind > first ? behind - 4 : behind;
 }
 
 } // namespace trnmpa

@@ -1,21 +1,22 @@
-/// Huffman decoding of a granule's spectrum (ISO/IEC 11172-3, 2.4.1.7 and 2.4.3.4.6).
+/// Huffman codes of a granule (ISO/IEC 11172-3, 2.4.1.7 and 2.4.3.4.6), requantised as they are read.
 #pragma once
 
-#include "decoder/bitstream.h"
-#include "decoder/frame_header.h"
-#include "decoder/layer3/side_info.h"
+#include "decoder/layer3/bit_window.h"
+#include "decoder/layer3/requantise.h"
 
 #include <cstdint>
-#include <span>
 
 namespace trnmpa {
 
-inline constexpr int kGranuleLines = 576;
+/// Reads `pairs` pairs of big values by table `table` (0 to 31) to line 2 `firstPair` and on. Tables without
+/// codes give zeros.
+void ReadPairs(BitWindow& window, std::uint32_t table, const LineGains& gains, int firstPair, int pairs,
+               Spectrum spectrum);
 
-/// Reads the big values and the quadruples of one granule and channel. `endBitsRemaining` is where the
-/// granule's data ends: quadruples stop there, big values are read to their full number. Gives the non-zero
-/// count: lines from it on are zero and are not written.
-int DecodeSpectrum(AMPBitstream& bits, const DecoderHeader& header, const GranuleInfo& info,
-                   int endBitsRemaining, std::span<std::int32_t, kGranuleLines> lines);
+/// Reads quadruples from line `first`, which is even, on, while there is room for four lines and `end`, the
+/// position behind the granule's data, is not reached. Gives the index behind the last one; one that passes
+/// the end does not count.
+int ReadQuadruples(BitWindow& window, bool isTableB, const LineGains& gains, int first, int end,
+                   Spectrum spectrum);
 
 } // namespace trnmpa

@@ -1,9 +1,9 @@
 #include "decoder/layer3/layer3.h"
 
 #include "decoder/layer3/band_layout.h"
-#include "decoder/layer3/huffman.h"
 #include "decoder/layer3/requantise.h"
 #include "decoder/layer3/scale_factors.h"
+#include "decoder/layer3/spectrum.h"
 #include "decoder/layer3/stereo.h"
 
 #include <cstring>
@@ -47,11 +47,10 @@ void Layer3Decoder::ReadChannel(AMPBitstream& bits, const DecoderHeader& header,
     else
         ReadScaleFactorsMpeg1(bits, granuleInfo, info.scaleFactorSelection[channel], granule,
                               factors_[channel]);
-    std::int32_t lines[kGranuleLines];
-    const int read = DecodeSpectrum(bits, header, granuleInfo, end, lines);
+    const LineGains gains(granuleInfo, LayoutOf(header, granuleInfo), factors_[channel]);
+    nonZeroCount_[channel] = ReadSpectrum(bits.Reader(), header, granuleInfo, gains,
+                                          bits.Reader().SizeInBits() - end, spectrum_[channel]);
     bits.SeekToBitsRemaining(end);
-    nonZeroCount_[channel] = Requantise(lines, read, granuleInfo, LayoutOf(header, granuleInfo),
-                                        factors_[channel], spectrum_[channel]);
 }
 
 void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInfo& info, int granule,

@@ -1,6 +1,5 @@
 #include "decoder/layer3/requantise.h"
 
-#include "decoder/kernels/scale_lines.h"
 #include "decoder/tables/requantise_tables.h"
 
 #include <algorithm>
@@ -30,20 +29,15 @@ float SegmentGain(const GranuleInfo& info, const BandSegment& segment, const Sca
 
 } // namespace
 
-int Requantise(std::span<const std::int32_t, kGranuleLines> lines, int nonZeroCount, const GranuleInfo& info,
-               const BandLayout& layout, const ScaleFactors& factors, Spectrum spectrum) {
-    while (nonZeroCount > 0 && lines[static_cast<std::size_t>(nonZeroCount - 1)] == 0)
-        --nonZeroCount;
+LineGains::LineGains(const GranuleInfo& info, const BandLayout& layout, const ScaleFactors& factors)
+    : segmentOfPair_(layout.segmentOfPair.data()) {
+    double(*gain)[2] = gain_;
     for (const BandSegment& segment : layout.Segments()) {
-        if (segment.start >= nonZeroCount)
-            break;
-        const std::size_t count =
-            static_cast<std::size_t>(std::min<int>(segment.End(), nonZeroCount) - segment.start);
-        ScaleLines(lines.subspan(segment.start, count), SegmentGain(info, segment, factors),
-                   spectrum.subspan(segment.start, count));
+        const double value = SegmentGain(info, segment, factors);
+        (*gain)[0] = -value;
+        (*gain)[1] = value;
+        ++gain;
     }
-    std::fill(spectrum.begin() + nonZeroCount, spectrum.end(), 0.0f);
-    return nonZeroCount;
 }
 
 } // namespace trnmpa

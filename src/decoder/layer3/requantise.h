@@ -2,20 +2,34 @@
 #pragma once
 
 #include "decoder/layer3/band_layout.h"
-#include "decoder/layer3/huffman.h"
 #include "decoder/layer3/scale_factors.h"
+#include "decoder/layer3/side_info.h"
 
 #include <cstdint>
 #include <span>
 
 namespace trnmpa {
 
+inline constexpr int kGranuleLines = 576;
+
 using Spectrum = std::span<float, kGranuleLines>;
 
-/// Requantises the first `nonZeroCount` of the Huffman-decoded `lines` into `spectrum` and zeroes the rest.
-/// The spectrum's sign is opposite to the standard's; the inverse transforms turn it back. Gives the index
-/// after the last value that is not zero.
-int Requantise(std::span<const std::int32_t, kGranuleLines> lines, int nonZeroCount, const GranuleInfo& info,
-               const BandLayout& layout, const ScaleFactors& factors, Spectrum spectrum);
+/// What the power |line|^(4/3) of each line is to be multiplied with. The spectrum's sign is opposite to the
+/// standard's; the inverse transforms turn it back.
+class LineGains {
+public:
+    LineGains(const GranuleInfo& info, const BandLayout& layout, const ScaleFactors& factors);
+
+    /// Gain of the lines 2 `pair` and 2 `pair` + 1.
+    double OfPair(std::size_t pair) const { return gain_[segmentOfPair_[pair]][1]; }
+    /// The same with inverted sign when `isNegative`, the sign bit of the line, is 0.
+    double OfPair(std::size_t pair, std::size_t isNegative) const {
+        return gain_[segmentOfPair_[pair]][isNegative];
+    }
+
+private:
+    const std::uint8_t* segmentOfPair_;
+    double gain_[BandLayout::kMaximumSegments][2];
+};
 
 } // namespace trnmpa

@@ -123,6 +123,9 @@ def requantise_tables():
               '16384 * 2^(-k / 4) for k = -45..326.'),
         array('double', 'kFourThirdsPower', (8207,), [as_double(four_thirds_power(n)) for n in range(8207)],
               'n^(4/3) for every magnitude that 15 + 13 linbits can give.'),
+        array('double', 'kSignedPower', (31,),
+              ['%s%s' % ('-' if n >= 0 else '', as_double(four_thirds_power(abs(n)))) for n in range(-15, 16)],
+              '-sign(n) |n|^(4/3) for n = -15..15.'),
         array('std::uint8_t', 'kPreEmphasis', (22,), [int(r['value']) for r in rows('pretab')], 'Table B.6.'),
     ]
 
@@ -197,16 +200,21 @@ def huffman_tables():
         if r['code']:
             pairs.setdefault(int(r['table']), []).append((r['code'], int(r['x']), int(r['y'])))
     linbits = {int(r['table']): int(r['linbits']) for r in rows('huffman')}
-    quads = [(r['code'], sum(int(r[n]) << s for n, s in (('v', 3), ('w', 2), ('x', 1), ('y', 0))))
-             for r in rows('huffman_count1') if r['table'] == 'A']
-    entries, roots = huffman_lookup.pair_lookup(pairs)
+    quads = {table: [(r['code'], [int(r[n]) for n in 'vwxy']) for r in rows('huffman_count1') if r['table'] == table]
+             for table in 'AB'}
+    entries, places = huffman_lookup.pair_lookup(pairs)
+    patterns = [[{0: '-0.0f', 1: '-1.0f', 2: '1.0f'}[p // d % 3] for d in (27, 9, 3, 1)] for p in range(81)]
     return [
-        array('std::uint32_t', 'kHuffmanEntry', (len(entries),), entries,
-              'Lookup entries of all pair tables; see huffman.cpp for their layout.'),
-        array('std::uint16_t', 'kHuffmanRoot', (32,), roots, 'First entry of each table; 0 for tables 0, 4, 14.'),
+        array('std::uint16_t', 'kPairEntry', (len(entries),), entries,
+              'Lookup entries of all pair tables; see huffman_lookup.py for their layout.'),
+        array('std::uint16_t', 'kPairPlace', (32, 4), places,
+              'First entry and index bits of the root, then of the long table; nothing at tables 0, 4 and 14.'),
         array('std::uint8_t', 'kHuffmanLinbits', (32,), [linbits.get(t, 0) for t in range(32)], 'Table B.7.'),
-        array('std::uint8_t', 'kQuadrupleA', (64,), huffman_lookup.quad_lookup(quads),
-              'Table A by a 6-bit peek: code length in the high nibble, v w x y in the low one.'),
+        array('std::uint16_t', 'kQuadrupleA', (1024,), huffman_lookup.quad_lookup(quads['A'], 10),
+              'Table A with signs by a 10-bit peek: length in the low nibble, pattern above it.'),
+        array('std::uint16_t', 'kQuadrupleB', (256,), huffman_lookup.quad_lookup(quads['B'], 8),
+              'Table B by an 8-bit peek.'),
+        array('float', 'kQuadrupleValues', (81, 4), patterns, 'Values of each pattern, with inverted sign.'),
     ]
 
 

@@ -1,50 +1,83 @@
 """Turns the Huffman codes of table B.7 into lookup tables.
 
-A pair table is a root of 256 entries, indexed by the next 8 bits, and subtables behind it for longer codes. An
-entry is either a leaf, (length << 8) | (x << 4) | y, with the code's whole length, or a link,
-LINK | (index bits << 24) | first entry of the subtable.
+Every table has a root, indexed by the next ROOT_BITS bits at most; an entry of 0 there means that the code is longer.
+Then the long table behind the root is indexed by as many bits as the longest code has. The longer codes all begin with
+zeros, so of the long table only its first part exists.
+
+Tables of small values (up to 12) hold values and signs together. Entry: (y + 15) << 11 | (x + 15) << 6 | length, the
+length with the sign bits. The other tables hold magnitudes:
+(y != 0) << 14 | (x != 0) << 13 | y << 9 | x << 5 | length, the length without linbits and signs.
 """
 
-ROOT_BITS = 8
-LINK = 1 << 31
+from itertools import product
+
+ROOT_BITS = 11
+WHOLE_MAGNITUDE_BITS = 12  # a table of magnitudes with no longer codes is all root
+LAST_SIGNED_TABLE = 12
 
 
-def _fill(entries, first, index_bits, codes, consumed):
-    """Fills a table of 2^index_bits entries at `first` with codes whose first `consumed` bits are dropped."""
-    longer = {}
+def _with_signs(codes):
+    """The sign bits drawn into the codes: (bits, entry)."""
     for code, x, y in codes:
-        rest = code[consumed:]
-        if len(rest) <= index_bits:
-            low = int(rest or '0', 2) << (index_bits - len(rest))
-            for i in range(1 << (index_bits - len(rest))):
-                entries[first + low + i] = len(code) << 8 | x << 4 | y
-        else:
-            longer.setdefault(rest[:index_bits], []).append((code, x, y))
-    for prefix, group in sorted(longer.items()):
-        bits = max(len(code) for code, _, _ in group) - consumed - index_bits
-        start = len(entries)
-        entries.extend([0] * (1 << bits))
-        entries[first + int(prefix, 2)] = LINK | bits << 24 | start
-        _fill(entries, start, bits, group, consumed + index_bits)
+        for sign_x, sign_y in product('01' if x else ('',), '01' if y else ('',)):
+            bits = code + sign_x + sign_y
+            values = [-v if sign == '1' else v for v, sign in ((x, sign_x), (y, sign_y))]
+            yield bits, values[1] + 15 << 11 | values[0] + 15 << 6 | len(bits)
+
+
+def _magnitudes(codes):
+    for code, x, y in codes:
+        yield code, (y != 0) << 14 | (x != 0) << 13 | y << 9 | x << 5 | len(code)
+
+
+def _fill(codes, index_bits, size):
+    """The first `size` entries of a table that is indexed by `index_bits` bits."""
+    entries = [0] * size
+    for code, entry in codes:
+        if len(code) <= index_bits:
+            first = int(code, 2) << (index_bits - len(code))
+            last = first + (1 << (index_bits - len(code)))
+            entries[first:last] = [entry] * (min(last, size) - min(first, size))
+    return entries
+
+
+def _root_and_long(codes, whole_bits):
+    longest = max(len(code) for code, _ in codes)
+    root_bits = longest if longest <= whole_bits else ROOT_BITS
+    root = _fill(codes, root_bits, 1 << root_bits)
+    prefixes = 1 + max((i for i, entry in enumerate(root) if entry == 0), default=-1)
+    longer = _fill(codes, longest, prefixes << (longest - root_bits))
+    return root_bits, longest, root, longer
 
 
 def pair_lookup(pairs):
-    """All pair tables in one list; tables with the same codes share their entries."""
-    entries, roots, known = [0], [0] * 32, {}
+    """All pair tables in one list of entries, and for each table (first of root, root bits, first of long, long bits);
+    tables with the same codes share their entries."""
+    entries, places, known = [], [(0, 1, 0, 1)] * 32, {}
     for table, codes in sorted(pairs.items()):
         key = tuple(codes)
         if key not in known:
-            known[key] = len(entries)
-            entries.extend([0] * (1 << ROOT_BITS))
-            _fill(entries, known[key], ROOT_BITS, codes, 0)
-        roots[table] = known[key]
-    return entries, roots
+            signed = table <= LAST_SIGNED_TABLE
+            root_bits, long_bits, root, longer = _root_and_long(
+                list(_with_signs(codes) if signed else _magnitudes(codes)),
+                ROOT_BITS if signed else WHOLE_MAGNITUDE_BITS)
+            known[key] = (len(entries), root_bits, len(entries) + len(root), long_bits)
+            entries += root + longer
+        places[table] = known[key]
+    return entries, places
 
 
-def quad_lookup(quads):
-    lookup = [0] * 64
+def quad_lookup(quads, index_bits):
+    """Codes with their signs by an `index_bits` peek: length in the low nibble, above it the values as digits to the
+    base 3, the first one most significant: 0, 1 and 2 for -1."""
+    entries = [0] * (1 << index_bits)
     for code, values in quads:
-        low = int(code, 2) << (6 - len(code))
-        for i in range(1 << (6 - len(code))):
-            lookup[low + i] = len(code) << 4 | values
-    return lookup
+        for signs in product(*('01' if value else ('',) for value in values)):
+            bits = code + ''.join(signs)
+            pattern = 0
+            for sign in signs:
+                pattern = 3 * pattern + {'': 0, '0': 1, '1': 2}[sign]
+            first = int(bits, 2) << (index_bits - len(bits))
+            for i in range(first, first + (1 << (index_bits - len(bits)))):
+                entries[i] = pattern << 4 | len(bits)
+    return entries
