@@ -3,7 +3,6 @@
 #include "decoder/kernels/alias_reduction.h"
 #include "decoder/kernels/cosine_transform.h"
 #include "decoder/kernels/imdct.h"
-#include "decoder/kernels/scale_lines.h"
 #include "decoder/kernels/stereo_lines.h"
 #include "decoder/kernels/windowing.h"
 #include "decoder/synthesis.h"
@@ -256,17 +255,6 @@ TEST(AliasReduction, EqualsTheButterflies) {
         }
         for (std::size_t i = 0; i < 576; ++i)
             EXPECT_NEAR(reduced[i], expected[i], 0.01) << boundaries << ' ' << i;
-    }
-}
-
-TEST(ScaleLines, EveryMagnitudeEqualsThePowerFunction) {
-    for (std::int32_t magnitude = 0; magnitude <= 8206; ++magnitude) {
-        const std::int32_t lines[2] = {magnitude, -magnitude};
-        float spectrum[2] = {};
-        trnmpa::ScaleLines(lines, 0.25f, spectrum);
-        const double expected = 0.25 * std::pow(static_cast<double>(magnitude), 4.0 / 3.0);
-        ASSERT_NEAR(spectrum[0], -expected, expected * 1e-7) << magnitude;
-        ASSERT_EQ(spectrum[1], -spectrum[0]);
     }
 }
 

@@ -1,10 +1,10 @@
 // Side information, Huffman data and scale factors at their edges.
 
 #include "decoder/layer3/band_layout.h"
-#include "decoder/layer3/huffman.h"
 #include "decoder/layer3/requantise.h"
 #include "decoder/layer3/scale_factors.h"
 #include "decoder/layer3/side_info.h"
+#include "decoder/layer3/spectrum.h"
 #include "decoder/layer3/stereo.h"
 #include "decoder/stream_decode.h"
 #include "support/bitstream/bit_writer.h"
@@ -49,20 +49,31 @@ public:
 };
 
 struct Spectrum {
-    std::array<std::int32_t, 576> lines = {};
+    std::array<std::int32_t, 576> lines = {}; ///< quantised
     int count = 0;
     int remaining = 0;
 };
 
-Spectrum Decode(const trnmpa::DecoderHeader& header, const GranuleInfo& info, const BitWriter& writer,
-                int length) {
+/// The global gain that multiplies by 1 where scale factors are 0.
+constexpr std::uint32_t kUnitGain = 154;
+
+/// -sign(n) |n|^(4/3) turned back to n.
+std::int32_t Quantised(float value) {
+    const double magnitude = std::round(std::pow(std::abs(static_cast<double>(value)), 0.75));
+    return static_cast<std::int32_t>(value > 0 ? -magnitude : magnitude);
+}
+
+Spectrum Decode(const trnmpa::DecoderHeader& header, GranuleInfo info, const BitWriter& writer, int length) {
     Bits bits(writer);
-    Spectrum spectrum;
-    spectrum.lines.fill(99);
-    const int end = bits.reader.BitsRemaining() - length;
-    spectrum.count = trnmpa::DecodeSpectrum(bits.reader, header, info, end, spectrum.lines);
-    spectrum.remaining = bits.reader.BitsRemaining();
-    return spectrum;
+    info.globalGain = kUnitGain;
+    const trnmpa::LineGains gains(info, trnmpa::LayoutOf(header, info), trnmpa::ScaleFactors());
+    std::array<float, 576> spectrum;
+    spectrum.fill(99.0f);
+    Spectrum result;
+    result.count = trnmpa::ReadSpectrum(bits.reader.Reader(), header, info, gains, length, spectrum);
+    std::ranges::transform(spectrum, result.lines.begin(), Quantised);
+    result.remaining = bits.reader.BitsRemaining();
+    return result;
 }
 
 TEST(SideInformation, BigValuesAreClampedTo288) {
@@ -153,9 +164,8 @@ TEST(HuffmanData, Tables4And14GiveZerosAndReadNothing) {
         writer.Write(0xFFFF, 16);
         const Spectrum spectrum = Decode(Header(0, 0), info, writer, 0);
         EXPECT_EQ(spectrum.remaining, 16);
-        EXPECT_EQ(spectrum.count, 20);
-        for (int i = 0; i < 20; ++i)
-            EXPECT_EQ(spectrum.lines[static_cast<std::size_t>(i)], 0);
+        EXPECT_EQ(spectrum.count, 0);
+        EXPECT_EQ(spectrum.lines, (std::array<std::int32_t, 576>{}));
     }
 }
 
@@ -200,12 +210,36 @@ TEST(HuffmanData, QuadruplesStopAt576) {
     for (const std::uint32_t bigValues : {0u, 1u, 286u, 287u, 288u}) {
         GranuleInfo info;
         info.bigValues = bigValues;
+        info.count1TableSelect = 1;
         BitWriter writer;
         for (int i = 0; i < 200; ++i)
-            writer.Write(0xFF, 8); // table A: "1" is a quadruple of zeros
+            writer.Write(0, 8); // table B: four ones
         const Spectrum spectrum = Decode(Header(0, 0), info, writer, 1600);
-        EXPECT_LE(spectrum.count, 576);
-        EXPECT_GE(spectrum.count, 573) << bigValues;
+        const int lines = 576 - static_cast<int>(2 * bigValues);
+        EXPECT_EQ(spectrum.remaining, 1600 - lines / 4 * 8) << bigValues;
+        EXPECT_EQ(spectrum.count, lines / 4 == 0 ? 0 : 576 - lines % 4) << bigValues;
+    }
+}
+
+TEST(HuffmanData, EveryMagnitudeThatLinbitsCanGive) {
+    GranuleInfo info;
+    std::ranges::fill(info.tableSelect, 31u); // 13 linbits
+    for (int first = 15; first <= 8206; first += 150) {
+        BitWriter writer;
+        for (int magnitude = first; magnitude < first + 150; ++magnitude) {
+            writer.Write(0b0011, 4); // (15, 15)
+            writer.Write(std::min(magnitude, 8206) - 15, 13);
+            writer.Write(0, 1);
+            writer.Write(std::min(magnitude, 8206) - 15, 13);
+            writer.Write(1, 1);
+        }
+        info.bigValues = 150;
+        const Spectrum spectrum = Decode(Header(0, 0), info, writer, static_cast<int>(writer.Bits()));
+        for (int i = 0; i < 150; ++i) {
+            const int magnitude = std::min(first + i, 8206);
+            ASSERT_EQ(spectrum.lines[static_cast<std::size_t>(2 * i)], magnitude);
+            ASSERT_EQ(spectrum.lines[static_cast<std::size_t>(2 * i + 1)], -magnitude);
+        }
     }
 }
 
@@ -252,29 +286,30 @@ TEST(Requantisation, GainSpansTheWholeTableAndStaysInIt) {
     trnmpa::ScaleFactors factors;
     for (auto& window : factors.shortBand)
         std::ranges::fill(window, std::uint8_t{31});
-    std::array<std::int32_t, 576> lines = {};
-    lines.fill(1);
-    std::array<float, 576> spectrum = {};
-    EXPECT_EQ(trnmpa::Requantise(lines, 576, info, trnmpa::LayoutOf(header, info), factors, spectrum), 576);
-    EXPECT_FLOAT_EQ(spectrum[0], -16384.0f * std::exp2(-326.0f / 4));
+    const trnmpa::LineGains quiet(info, trnmpa::LayoutOf(header, info), factors);
+    EXPECT_FLOAT_EQ(static_cast<float>(quiet.OfPair(0)[1]), 16384.0f * std::exp2(-326.0f / 4));
+    EXPECT_EQ(quiet.OfPair(0)[0], -quiet.OfPair(0)[1]);
 
     GranuleInfo loud;
     loud.globalGain = 255;
-    trnmpa::Requantise(lines, 576, loud, trnmpa::LayoutOf(header, loud), trnmpa::ScaleFactors(), spectrum);
-    EXPECT_FLOAT_EQ(spectrum[0], -16384.0f * std::exp2(45.0f / 4));
+    const trnmpa::LineGains gains(loud, trnmpa::LayoutOf(header, loud), trnmpa::ScaleFactors());
+    EXPECT_FLOAT_EQ(static_cast<float>(gains.OfPair(287)[1]), 16384.0f * std::exp2(45.0f / 4));
 }
 
 TEST(Requantisation, CountEndsBehindTheLastNonZeroValue) {
-    const trnmpa::DecoderHeader header = Header(0, 0);
-    const GranuleInfo info;
-    std::array<std::int32_t, 576> lines = {};
-    lines[100] = -17;
-    std::array<float, 576> spectrum = {};
-    spectrum.fill(5);
-    EXPECT_EQ(trnmpa::Requantise(lines, 300, info, trnmpa::LayoutOf(header, info), {}, spectrum), 101);
-    EXPECT_GT(spectrum[100], 0);
-    EXPECT_EQ(spectrum[101], 0);
-    EXPECT_EQ(spectrum[575], 0);
+    GranuleInfo info;
+    info.bigValues = 150;
+    std::ranges::fill(info.tableSelect, 1u);
+    info.region0Count = 15;
+    BitWriter writer;
+    for (int i = 0; i < 150; ++i)
+        writer.Write(i == 50 ? 0b011 : 1, i == 50 ? 3 : 1); // (1, 0) negative among (0, 0)
+    const Spectrum spectrum = Decode(Header(0, 0), info, writer, static_cast<int>(writer.Bits()));
+    EXPECT_EQ(spectrum.remaining, 0);
+    EXPECT_EQ(spectrum.count, 101);
+    EXPECT_EQ(spectrum.lines[100], -1);
+    EXPECT_EQ(spectrum.lines[101], 0);
+    EXPECT_EQ(spectrum.lines[575], 0) << "cleared, whatever was there";
 }
 
 TEST(BandLayouts, CoverEveryLineOnce) {

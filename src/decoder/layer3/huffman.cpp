@@ -13,33 +13,27 @@ constexpr std::uint32_t kFirstMagnitudeTable = 13;
 constexpr std::uint32_t kLinbitsEscape = 15;
 
 /// The lookup tables of one pair table; huffman_lookup.py tells how they are made.
-class PairTable {
-public:
+struct PairTable {
     explicit PairTable(std::uint32_t table)
-        : root_(tables::kPairEntry + tables::kPairPlace[table][0]),
-          longer_(tables::kPairEntry + tables::kPairPlace[table][2]),
-          rootShift_(64 - tables::kPairPlace[table][1]), longShift_(64 - tables::kPairPlace[table][3]) {}
+        : root(tables::kPairEntry + tables::kPairPlace[table][0]),
+          longer(tables::kPairEntry + tables::kPairPlace[table][2]),
+          rootShift(64 - static_cast<int>(tables::kPairPlace[table][1])),
+          longShift(64 - static_cast<int>(tables::kPairPlace[table][3])) {}
 
-    std::uint32_t LookUp(std::uint64_t bits) const {
-        const std::uint32_t entry = root_[bits >> rootShift_];
-        if (entry != 0) [[likely]]
-            return entry;
-        return longer_[bits >> longShift_];
-    }
-
-private:
-    const std::uint16_t* root_;
-    const std::uint16_t* longer_;
-    int rootShift_;
-    int longShift_;
+    const std::uint16_t* root;
+    const std::uint16_t* longer;
+    int rootShift;
+    int longShift;
 };
 
 /// One pair of tables 1 to 12: at most 13 bits with signs.
 inline void ReadSignedPair(BitWindow& window, const PairTable& table, const LineGains& gains,
                            std::size_t pair, float* lines) {
-    const std::uint32_t entry = table.LookUp(window.Bits());
+    std::uint32_t entry = table.root[window.Bits() >> table.rootShift];
+    if (entry == 0) [[unlikely]]
+        entry = table.longer[window.Bits() >> table.longShift];
     window.Skip(static_cast<int>(entry & 63));
-    const double gain = gains.OfPair(pair);
+    const double gain = gains.OfPair(pair)[1];
     lines[2 * pair] = static_cast<float>(gain * tables::kSignedPower[entry >> 6 & 31]);
     lines[2 * pair + 1] = static_cast<float>(gain * tables::kSignedPower[entry >> 11]);
 }
@@ -60,28 +54,52 @@ void ReadSignedPairs(BitWindow& bits, std::uint32_t tableNumber, const LineGains
     bits = window;
 }
 
-/// A line from its magnitude, linbits and sign, without branches: all of them are hard to foresee.
+struct Linbits {
+    std::uint32_t count;
+    std::uint32_t mask;
+};
+
+/// Takes a line's linbits and sign from the low end of a code. Which lines are zero or have linbits is hard
+/// to foresee, so this is arithmetic that compilers do not turn into branches.
 template <bool kHasLinbits>
-inline float ReadLine(BitWindow& window, std::uint32_t magnitude, std::uint32_t signBits, int linbits,
-                      const LineGains& gains, std::size_t pair) {
+inline float TakeLine(std::uint64_t& code, std::uint32_t magnitude, Linbits linbits, const double* gain) {
+    const std::uint32_t signBits = (magnitude + 15) >> 4; // 0 for 0, else 1
+    const std::uint64_t isNegative = code & signBits;
+    code >>= signBits;
     if constexpr (kHasLinbits) {
-        const int extension = magnitude == kLinbitsEscape ? linbits : 0;
-        magnitude += window.PeekOrNothing(extension);
-        window.Skip(extension);
+        const std::uint32_t ifExtended = 0 - ((magnitude + 1) >> 4); // all ones for 15, else 0
+        magnitude += static_cast<std::uint32_t>(code) & linbits.mask & ifExtended;
+        code >>= linbits.count & ifExtended;
     }
-    const std::uint32_t isNegative = window.Peek(1) & signBits;
-    window.Skip(static_cast<int>(signBits));
-    return static_cast<float>(gains.OfPair(pair, isNegative) * tables::kFourThirdsPower[magnitude]);
+    return static_cast<float>(gain[isNegative] * tables::kFourThirdsPower[magnitude]);
 }
 
-/// One pair of tables 13 to 31.
+/// Looks up a code in the long table, where linbits are not counted in.
 template <bool kHasLinbits>
-inline void ReadMagnitudePair(BitWindow& window, const PairTable& table, int linbits, const LineGains& gains,
-                              std::size_t pair, float* lines) {
-    const std::uint32_t entry = table.LookUp(window.Bits());
-    window.Skip(static_cast<int>(entry & 31));
-    lines[2 * pair] = ReadLine<kHasLinbits>(window, entry >> 5 & 15, entry >> 13 & 1, linbits, gains, pair);
-    lines[2 * pair + 1] = ReadLine<kHasLinbits>(window, entry >> 9 & 15, entry >> 14, linbits, gains, pair);
+inline std::uint32_t LongMagnitudeEntry(const BitWindow& window, const PairTable& table, Linbits linbits) {
+    const std::uint32_t entry = table.longer[window.Bits() >> table.longShift];
+    if constexpr (!kHasLinbits)
+        return entry;
+    const std::uint32_t extensions =
+        ((entry >> 6 & 15) == kLinbitsEscape ? 1 : 0) + (entry >> 10 == kLinbitsEscape ? 1 : 0);
+    return entry + extensions * linbits.count;
+}
+
+/// One pair of tables 13 to 31. The way from one code's bits to the next one's is a shift, a lookup and a
+/// shift; all else may take its time.
+template <bool kHasLinbits>
+inline void ReadMagnitudePair(BitWindow& window, const PairTable& table, Linbits linbits,
+                              const LineGains& gains, std::size_t pair, float* lines) {
+    std::uint32_t entry = table.root[window.Bits() >> table.rootShift];
+    if (entry == 0) [[unlikely]]
+        entry = LongMagnitudeEntry<kHasLinbits>(window, table, linbits);
+    const int length = static_cast<int>(entry & 63);
+    std::uint64_t code = window.Bits() >> (64 - length);
+    window.Skip(length);
+    const double* gain = gains.OfPair(pair);
+    const float second = TakeLine<kHasLinbits>(code, entry >> 10, linbits, gain);
+    lines[2 * pair] = TakeLine<kHasLinbits>(code, entry >> 6 & 15, linbits, gain);
+    lines[2 * pair + 1] = second;
 }
 
 template <bool kHasLinbits>
@@ -91,7 +109,8 @@ void ReadMagnitudePairs(BitWindow& bits, std::uint32_t tableNumber, const LineGa
     static_assert(17 + 2 * (13 + 1) <= BitWindow::kRefilledBits && 2 * (19 + 2) <= BitWindow::kRefilledBits);
     constexpr std::size_t kPairsPerRefill = kHasLinbits ? 1 : 2;
     const PairTable table(tableNumber);
-    const int linbits = tables::kHuffmanLinbits[tableNumber];
+    const std::uint32_t linbitCount = tables::kHuffmanLinbits[tableNumber];
+    const Linbits linbits = {linbitCount, (1u << linbitCount) - 1};
     BitWindow window = bits;
     for (; pair + kPairsPerRefill <= endPair; pair += kPairsPerRefill) {
         window.Refill();
@@ -139,8 +158,8 @@ int ReadQuadruples(BitWindow& bits, bool isTableB, const LineGains& gains, int f
         window.Skip(static_cast<int>(entry & 15));
         left -= static_cast<int>(entry & 15);
         const float* values = tables::kQuadrupleValues[entry >> 4];
-        const auto low = static_cast<float>(gains.OfPair(line / 2));
-        const auto high = static_cast<float>(gains.OfPair(line / 2 + 1));
+        const auto low = static_cast<float>(gains.OfPair(line / 2)[1]);
+        const auto high = static_cast<float>(gains.OfPair(line / 2 + 1)[1]);
         lines[line] = values[0] * low;
         lines[line + 1] = values[1] * low;
         lines[line + 2] = values[2] * high;

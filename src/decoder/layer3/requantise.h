@@ -20,12 +20,9 @@ class LineGains {
 public:
     LineGains(const GranuleInfo& info, const BandLayout& layout, const ScaleFactors& factors);
 
-    /// Gain of the lines 2 `pair` and 2 `pair` + 1.
-    double OfPair(std::size_t pair) const { return gain_[segmentOfPair_[pair]][1]; }
-    /// The same with inverted sign when `isNegative`, the sign bit of the line, is 0.
-    double OfPair(std::size_t pair, std::size_t isNegative) const {
-        return gain_[segmentOfPair_[pair]][isNegative];
-    }
+    /// For the lines 2 `pair` and 2 `pair` + 1: [1], and [0], the same with inverted sign. So the sign bit of
+    /// a line chooses what its magnitude's power is multiplied with.
+    const double* OfPair(std::size_t pair) const { return gain_[segmentOfPair_[pair]]; }
 
 private:
     const std::uint8_t* segmentOfPair_;

@@ -202,12 +202,12 @@ def huffman_tables():
     linbits = {int(r['table']): int(r['linbits']) for r in rows('huffman')}
     quads = {table: [(r['code'], [int(r[n]) for n in 'vwxy']) for r in rows('huffman_count1') if r['table'] == table]
              for table in 'AB'}
-    entries, places = huffman_lookup.pair_lookup(pairs)
+    entries, places = huffman_lookup.pair_lookup(pairs, linbits)
     patterns = [[{0: '-0.0f', 1: '-1.0f', 2: '1.0f'}[p // d % 3] for d in (27, 9, 3, 1)] for p in range(81)]
     return [
         array('std::uint16_t', 'kPairEntry', (len(entries),), entries,
               'Lookup entries of all pair tables; see huffman_lookup.py for their layout.'),
-        array('std::uint16_t', 'kPairPlace', (32, 4), places,
+        array('std::uint32_t', 'kPairPlace', (32, 4), places,
               'First entry and index bits of the root, then of the long table; nothing at tables 0, 4 and 14.'),
         array('std::uint8_t', 'kHuffmanLinbits', (32,), [linbits.get(t, 0) for t in range(32)], 'Table B.7.'),
         array('std::uint16_t', 'kQuadrupleA', (1024,), huffman_lookup.quad_lookup(quads['A'], 10),

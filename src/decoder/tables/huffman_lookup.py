@@ -1,18 +1,17 @@
 """Turns the Huffman codes of table B.7 into lookup tables.
 
 Every table has a root, indexed by the next ROOT_BITS bits at most; an entry of 0 there means that the code is longer.
-Then the long table behind the root is indexed by as many bits as the longest code has. The longer codes all begin with
-zeros, so of the long table only its first part exists.
+Then the long table is indexed by as many bits as the longest code has. The longer codes all begin with zeros, so of the
+long table only its first part exists.
 
 Tables of small values (up to 12) hold values and signs together. Entry: (y + 15) << 11 | (x + 15) << 6 | length, the
-length with the sign bits. The other tables hold magnitudes:
-(y != 0) << 14 | (x != 0) << 13 | y << 9 | x << 5 | length, the length without linbits and signs.
+length with the sign bits. The other tables hold magnitudes: y << 10 | x << 6 | length, the length with sign bits and,
+in the root, with linbits. Tables that differ in linbits alone share the long table.
 """
 
 from itertools import product
 
-ROOT_BITS = 11
-WHOLE_MAGNITUDE_BITS = 12  # a table of magnitudes with no longer codes is all root
+ROOT_BITS = 10
 LAST_SIGNED_TABLE = 12
 
 
@@ -25,9 +24,11 @@ def _with_signs(codes):
             yield bits, values[1] + 15 << 11 | values[0] + 15 << 6 | len(bits)
 
 
-def _magnitudes(codes):
+def _magnitudes(codes, linbits):
     for code, x, y in codes:
-        yield code, (y != 0) << 14 | (x != 0) << 13 | y << 9 | x << 5 | len(code)
+        extensions = (x == 15) + (y == 15) if linbits else 0
+        length = len(code) + (x != 0) + (y != 0) + extensions * linbits
+        yield code, y << 10 | x << 6 | length
 
 
 def _fill(codes, index_bits, size):
@@ -41,29 +42,24 @@ def _fill(codes, index_bits, size):
     return entries
 
 
-def _root_and_long(codes, whole_bits):
-    longest = max(len(code) for code, _ in codes)
-    root_bits = longest if longest <= whole_bits else ROOT_BITS
-    root = _fill(codes, root_bits, 1 << root_bits)
-    prefixes = 1 + max((i for i, entry in enumerate(root) if entry == 0), default=-1)
-    longer = _fill(codes, longest, prefixes << (longest - root_bits))
-    return root_bits, longest, root, longer
-
-
-def pair_lookup(pairs):
-    """All pair tables in one list of entries, and for each table (first of root, root bits, first of long, long bits);
-    tables with the same codes share their entries."""
-    entries, places, known = [], [(0, 1, 0, 1)] * 32, {}
+def pair_lookup(pairs, linbits):
+    """All pair tables in one list of entries, and for each table (first of root, root bits, first of long, long bits)."""
+    entries, places, long_places = [], [(0, 1, 0, 1)] * 32, {}
     for table, codes in sorted(pairs.items()):
-        key = tuple(codes)
-        if key not in known:
-            signed = table <= LAST_SIGNED_TABLE
-            root_bits, long_bits, root, longer = _root_and_long(
-                list(_with_signs(codes) if signed else _magnitudes(codes)),
-                ROOT_BITS if signed else WHOLE_MAGNITUDE_BITS)
-            known[key] = (len(entries), root_bits, len(entries) + len(root), long_bits)
-            entries += root + longer
-        places[table] = known[key]
+        if table <= LAST_SIGNED_TABLE:
+            in_root = in_long = list(_with_signs(codes))
+        else:
+            in_root, in_long = list(_magnitudes(codes, linbits[table])), list(_magnitudes(codes, 0))
+        longest = max(len(code) for code, _ in in_root)
+        root_bits = min(longest, ROOT_BITS)
+        root = _fill(in_root, root_bits, 1 << root_bits)
+        place = len(entries)
+        entries += root
+        if tuple(codes) not in long_places:
+            prefixes = 1 + max((i for i, entry in enumerate(root) if entry == 0), default=-1)
+            long_places[tuple(codes)] = len(entries)
+            entries += _fill(in_long, longest, prefixes << (longest - root_bits))
+        places[table] = place, root_bits, long_places[tuple(codes)], longest
     return entries, places
 
 
