@@ -22,10 +22,13 @@ public:
     BitReader() = default;
     BitReader(const std::uint8_t* bytes, int size) : bytes_(bytes), size_(size) {}
 
+    /// At least 57 bits from `position` (not negative) on, the first one on top.
+    std::uint64_t WindowAt(int position) const {
+        return LoadBigEndian64(bytes_ + std::min(position / 8, size_)) << position % 8;
+    }
     /// The next `bits` (0 to 32) bits, left in place.
     std::uint32_t Peek(int bits) const {
-        const std::uint64_t window = LoadBigEndian64(bytes_ + std::min(position_ / 8, size_));
-        return static_cast<std::uint32_t>((window << position_ % 8) >> 1 >> (63 - bits));
+        return static_cast<std::uint32_t>(WindowAt(position_) >> 1 >> (63 - bits));
     }
     void Skip(int bits) { position_ += bits; }
     std::uint32_t Get(int bits) {

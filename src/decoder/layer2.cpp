@@ -1,5 +1,7 @@
 #include "decoder/layer2.h"
 
+#include "decoder/kernels/scale_samples.h"
+#include "decoder/layer2_samples.h"
 #include "decoder/tables/layer2_tables.h"
 
 #include <algorithm>
@@ -8,9 +10,7 @@ namespace trnmpa {
 
 namespace {
 
-constexpr int kSubbands = 32;
 constexpr int kGranules = 12;
-constexpr int kSlotsPerGranule = 3;
 constexpr int kScaleFactorParts = 3;
 constexpr int kLsfTable = 4;
 constexpr int kNoTable = -1;
@@ -21,12 +21,10 @@ struct Layer2Frame {
     int bound = 0;        ///< subbands from here on share allocation and samples
     int subbandLimit = 0; ///< subbands from here on are empty
     std::uint8_t quantisationClass[kSubbands][2] = {};
-    double factor[kSubbands][2][kScaleFactorParts] = {};
+    double factor[kScaleFactorParts][2][kSubbands] = {};
 
     bool IsShared(int subband) const { return subband >= bound; }
 };
-
-using SubbandSlots = float[2][kSlotsPerGranule][kSubbands];
 
 int ChooseTable(const DecoderHeader& header) {
     if (header.lowSamplingFrequency != 0)
@@ -34,7 +32,7 @@ int ChooseTable(const DecoderHeader& header) {
     return tables::kAllocationTable[header.channels - 1][header.sampleRateIndex][header.bitRateIndex];
 }
 
-void ReadAllocation(AMPBitstream& bits, int table, Layer2Frame& frame) {
+void ReadAllocation(BitReader& bits, int table, Layer2Frame& frame) {
     int subband = 0;
     for (int group = 0; group < 4; ++group) {
         const int width = tables::kAllocationGroupBits[table][group];
@@ -51,83 +49,54 @@ void ReadAllocation(AMPBitstream& bits, int table, Layer2Frame& frame) {
     frame.bound = std::min(frame.bound, subband);
 }
 
-/// Reads the scale factors of one subband and channel by their selection (2.4.2.5).
-void ReadScaleFactorParts(AMPBitstream& bits, std::uint32_t selection, double classFactor,
-                          double (&factor)[kScaleFactorParts]) {
-    const auto read = [&] { return classFactor * tables::kScaleFactor[bits.Get(6)]; };
-    factor[0] = read();
-    switch (selection) {
-    case 0:
-        factor[1] = read();
-        factor[2] = read();
-        break;
-    case 1:
-        factor[1] = factor[0];
-        factor[2] = read();
-        break;
-    case 2:
-        factor[1] = factor[0];
-        factor[2] = factor[0];
-        break;
-    default:
-        factor[1] = read();
-        factor[2] = factor[1];
-        break;
+/// How many scale factors are read and which of them serves each part, by selection (2.4.2.5).
+struct ScaleFactorSelection {
+    int count;
+    int ofPart[kScaleFactorParts];
+};
+constexpr ScaleFactorSelection kSelection[5] = {
+    {3, {0, 1, 2}}, {2, {0, 0, 1}}, {1, {0, 0, 0}}, {2, {0, 1, 1}}, {0, {0, 0, 0}}};
+
+/// The last row of kSelection for a subband without samples, read without a branch: where they are is hard to
+/// foresee.
+std::uint32_t ReadSelection(BitReader& bits, int quantisationClass) {
+    const bool hasSamples = quantisationClass != 0;
+    return bits.Get(2 * hasSamples) | 4u * !hasSamples;
+}
+
+void ReadScaleFactorParts(BitReader& bits, const ScaleFactorSelection& selection, double classFactor,
+                          Layer2Frame& frame, int channel, int subband) {
+    const std::uint64_t window = bits.WindowAt(bits.Position());
+    bits.Skip(6 * selection.count);
+    for (int part = 0; part < kScaleFactorParts; ++part) {
+        const auto index = window >> (58 - 6 * selection.ofPart[part]) & 63;
+        frame.factor[part][channel][subband] = classFactor * tables::kScaleFactor[index];
     }
 }
 
-void ReadScaleFactors(AMPBitstream& bits, Layer2Frame& frame) {
-    std::uint32_t selection[kSubbands][2] = {};
+void ReadScaleFactors(BitReader& bits, Layer2Frame& frame) {
+    std::uint32_t selection[kSubbands][2];
     for (int subband = 0; subband < frame.subbandLimit; ++subband)
         for (int channel = 0; channel < frame.channels; ++channel)
-            if (frame.quantisationClass[subband][channel] != 0)
-                selection[subband][channel] = bits.Get(2);
+            selection[subband][channel] = ReadSelection(bits, frame.quantisationClass[subband][channel]);
+    for (int subband = 0; subband < frame.subbandLimit; ++subband)
+        for (int channel = 0; channel < frame.channels; ++channel)
+            ReadScaleFactorParts(bits, kSelection[selection[subband][channel]],
+                                 tables::kClassFactor[frame.quantisationClass[subband][channel]], frame,
+                                 channel, subband);
+}
+
+SampleLayout LayOutSamples(const Layer2Frame& frame) {
+    SampleLayout layout;
     for (int subband = 0; subband < frame.subbandLimit; ++subband) {
-        for (int channel = 0; channel < frame.channels; ++channel) {
-            const int quantisationClass = frame.quantisationClass[subband][channel];
-            if (quantisationClass != 0)
-                ReadScaleFactorParts(bits, selection[subband][channel],
-                                     tables::kClassFactor[quantisationClass], frame.factor[subband][channel]);
+        if (frame.IsShared(subband)) {
+            layout.AddShared(frame.quantisationClass[subband][0], subband);
+            continue;
         }
+        for (int channel = 0; channel < frame.channels; ++channel)
+            layout.Add(frame.quantisationClass[subband][channel], channel, subband);
     }
-}
-
-constexpr bool IsGrouped(int quantisationClass) {
-    return quantisationClass == 1 || quantisationClass == 2 || quantisationClass == 4;
-}
-
-/// Reads the three samples of one subband and granule, centred on zero.
-void ReadSamples(AMPBitstream& bits, int quantisationClass, std::int32_t (&samples)[kSlotsPerGranule]) {
-    const int codeBits = tables::kClassCodeBits[quantisationClass];
-    const std::int32_t levels = tables::kClassLevels[quantisationClass];
-    const std::int32_t centre = (levels - 1) / 2;
-    if (!IsGrouped(quantisationClass)) {
-        for (std::int32_t& sample : samples)
-            sample = static_cast<std::int32_t>(bits.Get(codeBits)) - centre;
-        return;
-    }
-    auto code = static_cast<std::int32_t>(bits.Get(codeBits));
-    const bool isLastCode = code == (1 << codeBits) - 1;
-    for (std::int32_t& sample : samples) {
-        sample = isLastCode ? 0 : code % levels - centre;
-        code /= levels;
-    }
-}
-
-void ReadGranule(AMPBitstream& bits, const Layer2Frame& frame, int part, SubbandSlots& slots) {
-    for (int subband = 0; subband < frame.subbandLimit; ++subband) {
-        std::int32_t samples[kSlotsPerGranule] = {};
-        for (int channel = 0; channel < frame.channels; ++channel) {
-            const int quantisationClass = frame.quantisationClass[subband][channel];
-            if (quantisationClass == 0)
-                continue;
-            if (channel == 0 || !frame.IsShared(subband))
-                ReadSamples(bits, quantisationClass, samples);
-            const double factor = frame.factor[subband][channel][part];
-            for (int i = 0; i < kSlotsPerGranule; ++i)
-                slots[channel][i][subband] = static_cast<float>(samples[i] * factor);
-        }
-    }
+    return layout;
 }
 
 } // namespace
@@ -135,19 +104,25 @@ void ReadGranule(AMPBitstream& bits, const Layer2Frame& frame, int part, Subband
 int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes, SynthesisBank& synthesis,
                  std::int16_t* pcm) {
     bits.FillLinear(bodyBytes);
+    BitReader reader = bits.Reader();
     Layer2Frame frame;
     frame.channels = header.channels;
     frame.bound = header.JointStereoBound();
     const int table = ChooseTable(header);
     if (table != kNoTable) {
-        ReadAllocation(bits, table, frame);
-        ReadScaleFactors(bits, frame);
+        ReadAllocation(reader, table, frame);
+        ReadScaleFactors(reader, frame);
     }
-    SubbandSlots slots = {};
+    const SampleLayout layout = LayOutSamples(frame);
+    GranuleSamples samples = {};
+    float slots[2][kSlotsPerGranule][kSubbands];
     for (int granule = 0; granule < kGranules; ++granule) {
-        ReadGranule(bits, frame, granule / 4, slots);
-        for (int i = 0; i < kSlotsPerGranule; ++i) {
-            synthesis.SynthesiseSlot(frame.channels, slots[0][i], slots[1][i], pcm);
+        ReadSamples(reader, layout, samples);
+        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+            for (int channel = 0; channel < frame.channels; ++channel)
+                ScaleSamples(samples.value[channel][slot], layout.Centres(channel),
+                             frame.factor[granule / 4][channel], slots[channel][slot]);
+            synthesis.SynthesiseSlot(frame.channels, slots[0][slot], slots[1][slot], pcm);
             pcm += kSubbands * frame.channels;
         }
     }
