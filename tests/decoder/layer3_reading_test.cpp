@@ -254,7 +254,7 @@ TEST(ScaleFactors, IntensityRightCompress510And511ReadNothing) {
         writer.Write(0xFFFF, 16);
         Bits bits(writer);
         trnmpa::ScaleFactors factors;
-        trnmpa::ReadScaleFactorsLsf(bits.reader, header, 1, info, factors);
+        trnmpa::ReadScaleFactorsLsf(bits.reader.Reader(), header, 1, info, factors);
         EXPECT_EQ(bits.reader.BitsRemaining(), 16);
         EXPECT_EQ(info.preflag, 0u);
         EXPECT_EQ(factors.longBand[0], 0);
@@ -271,7 +271,7 @@ TEST(ScaleFactors, TheModeExtensionCountsWhateverTheMode) {
     writer.Write(0xFFFF, 16);
     Bits bits(writer);
     trnmpa::ScaleFactors factors;
-    trnmpa::ReadScaleFactorsLsf(bits.reader, header, 1, info, factors);
+    trnmpa::ReadScaleFactorsLsf(bits.reader.Reader(), header, 1, info, factors);
     EXPECT_EQ(factors.longBand[0], 3);
     EXPECT_EQ(info.preflag, 0u);
 }

@@ -10,6 +10,7 @@ namespace trnmpa {
 namespace {
 
 constexpr std::uint32_t kFirstMagnitudeTable = 13;
+constexpr std::uint32_t kFirstTableOfLargeValues = 24;
 constexpr std::uint32_t kLinbitsEscape = 15;
 
 /// The lookup tables of one pair table; huffman_lookup.py tells how they are made.
@@ -59,6 +60,9 @@ struct Linbits {
     std::uint32_t mask;
 };
 
+/// How often a table's values have linbits behind them.
+enum class Escapes { kNever, kSeldom, kOften };
+
 /// Takes a line's linbits and sign from the low end of a code. Which lines are zero or have linbits is hard
 /// to foresee, so this is arithmetic that compilers do not turn into branches.
 template <bool kHasLinbits>
@@ -74,11 +78,23 @@ inline float TakeLine(std::uint64_t& code, std::uint32_t magnitude, Linbits linb
     return static_cast<float>(gain[isNegative] * tables::kFourThirdsPower[magnitude]);
 }
 
-/// Looks up a code in the long table, where linbits are not counted in.
 template <bool kHasLinbits>
+inline void TakeLines(std::uint64_t code, std::uint32_t magnitudes, Linbits linbits, const double* gain,
+                      float* lines) {
+    const float second = TakeLine<kHasLinbits>(code, magnitudes >> 4, linbits, gain);
+    lines[0] = TakeLine<kHasLinbits>(code, magnitudes & 15, linbits, gain);
+    lines[1] = second;
+}
+
+bool IsExtended(std::uint32_t magnitudes) {
+    return (magnitudes & 15) == kLinbitsEscape || magnitudes >> 4 == kLinbitsEscape;
+}
+
+/// Looks up a code in the long table, where linbits are not counted in.
+template <Escapes kEscapes>
 inline std::uint32_t LongMagnitudeEntry(const BitWindow& window, const PairTable& table, Linbits linbits) {
     const std::uint32_t entry = table.longer[window.Bits() >> table.longShift];
-    if constexpr (!kHasLinbits)
+    if constexpr (kEscapes == Escapes::kNever)
         return entry;
     const std::uint32_t extensions =
         ((entry >> 6 & 15) == kLinbitsEscape ? 1 : 0) + (entry >> 10 == kLinbitsEscape ? 1 : 0);
@@ -87,27 +103,29 @@ inline std::uint32_t LongMagnitudeEntry(const BitWindow& window, const PairTable
 
 /// One pair of tables 13 to 31. The way from one code's bits to the next one's is a shift, a lookup and a
 /// shift; all else may take its time.
-template <bool kHasLinbits>
+template <Escapes kEscapes>
 inline void ReadMagnitudePair(BitWindow& window, const PairTable& table, Linbits linbits,
                               const LineGains& gains, std::size_t pair, float* lines) {
     std::uint32_t entry = table.root[window.Bits() >> table.rootShift];
     if (entry == 0) [[unlikely]]
-        entry = LongMagnitudeEntry<kHasLinbits>(window, table, linbits);
+        entry = LongMagnitudeEntry<kEscapes>(window, table, linbits);
     const int length = static_cast<int>(entry & 63);
-    std::uint64_t code = window.Bits() >> (64 - length);
+    const std::uint64_t code = window.Bits() >> (64 - length);
     window.Skip(length);
+    const std::uint32_t magnitudes = entry >> 6;
     const double* gain = gains.OfPair(pair);
-    const float second = TakeLine<kHasLinbits>(code, entry >> 10, linbits, gain);
-    lines[2 * pair] = TakeLine<kHasLinbits>(code, entry >> 6 & 15, linbits, gain);
-    lines[2 * pair + 1] = second;
+    if (kEscapes == Escapes::kOften || (kEscapes == Escapes::kSeldom && IsExtended(magnitudes)))
+        TakeLines<true>(code, magnitudes, linbits, gain, lines + 2 * pair);
+    else
+        TakeLines<false>(code, magnitudes, linbits, gain, lines + 2 * pair);
 }
 
-template <bool kHasLinbits>
+template <Escapes kEscapes>
 void ReadMagnitudePairs(BitWindow& bits, std::uint32_t tableNumber, const LineGains& gains, std::size_t pair,
                         std::size_t endPair, float* lines) {
     // The longest code of the tables with linbits has 17 bits, that of the others 19.
     static_assert(17 + 2 * (13 + 1) <= BitWindow::kRefilledBits && 2 * (19 + 2) <= BitWindow::kRefilledBits);
-    constexpr std::size_t kPairsPerRefill = kHasLinbits ? 1 : 2;
+    constexpr std::size_t kPairsPerRefill = kEscapes == Escapes::kNever ? 2 : 1;
     const PairTable table(tableNumber);
     const std::uint32_t linbitCount = tables::kHuffmanLinbits[tableNumber];
     const Linbits linbits = {linbitCount, (1u << linbitCount) - 1};
@@ -115,11 +133,11 @@ void ReadMagnitudePairs(BitWindow& bits, std::uint32_t tableNumber, const LineGa
     for (; pair + kPairsPerRefill <= endPair; pair += kPairsPerRefill) {
         window.Refill();
         for (std::size_t i = 0; i < kPairsPerRefill; ++i)
-            ReadMagnitudePair<kHasLinbits>(window, table, linbits, gains, pair + i, lines);
+            ReadMagnitudePair<kEscapes>(window, table, linbits, gains, pair + i, lines);
     }
     window.Refill();
     if (pair < endPair)
-        ReadMagnitudePair<kHasLinbits>(window, table, linbits, gains, pair, lines);
+        ReadMagnitudePair<kEscapes>(window, table, linbits, gains, pair, lines);
     bits = window;
 }
 
@@ -139,9 +157,11 @@ void ReadPairs(BitWindow& window, std::uint32_t table, const LineGains& gains, i
     else if (table < kFirstMagnitudeTable)
         ReadSignedPairs(window, table, gains, first, end, lines);
     else if (tables::kHuffmanLinbits[table] == 0)
-        ReadMagnitudePairs<false>(window, table, gains, first, end, lines);
+        ReadMagnitudePairs<Escapes::kNever>(window, table, gains, first, end, lines);
+    else if (table < kFirstTableOfLargeValues)
+        ReadMagnitudePairs<Escapes::kSeldom>(window, table, gains, first, end, lines);
     else
-        ReadMagnitudePairs<true>(window, table, gains, first, end, lines);
+        ReadMagnitudePairs<Escapes::kOften>(window, table, gains, first, end, lines);
 }
 
 int ReadQuadruples(BitWindow& bits, bool isTableB, const LineGains& gains, int first, int end,

@@ -41,16 +41,16 @@ void Layer3Decoder::ReadGranule(AMPBitstream& bits, const DecoderHeader& header,
 void Layer3Decoder::ReadChannel(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info, int granule,
                                 int channel) {
     GranuleInfo& granuleInfo = info.granule[granule][channel];
-    const int end = bits.BitsRemaining() - static_cast<int>(granuleInfo.part23Length);
+    BitReader& reader = bits.Reader();
+    const int end = reader.Position() + static_cast<int>(granuleInfo.part23Length);
     if (header.lowSamplingFrequency != 0)
-        ReadScaleFactorsLsf(bits, header, channel, granuleInfo, factors_[channel]);
+        ReadScaleFactorsLsf(reader, header, channel, granuleInfo, factors_[channel]);
     else
-        ReadScaleFactorsMpeg1(bits, granuleInfo, info.scaleFactorSelection[channel], granule,
+        ReadScaleFactorsMpeg1(reader, granuleInfo, info.scaleFactorSelection[channel], granule,
                               factors_[channel]);
     const LineGains gains(granuleInfo, LayoutOf(header, granuleInfo), factors_[channel]);
-    nonZeroCount_[channel] = ReadSpectrum(bits.Reader(), header, granuleInfo, gains,
-                                          bits.Reader().SizeInBits() - end, spectrum_[channel]);
-    bits.SeekToBitsRemaining(end);
+    nonZeroCount_[channel] = ReadSpectrum(reader, header, granuleInfo, gains, end, spectrum_[channel]);
+    reader.SetPosition(end);
 }
 
 void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInfo& info, int granule,

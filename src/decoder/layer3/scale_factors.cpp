@@ -2,6 +2,8 @@
 
 #include "decoder/tables/scale_factor_tables.h"
 
+#include <algorithm>
+
 namespace trnmpa {
 
 namespace {
@@ -12,17 +14,17 @@ constexpr int kMixedFirstShortBand = 3;
 constexpr int kShortBandsRead = 12;
 constexpr int kLongBandsRead = 21;
 
-std::uint8_t ReadField(AMPBitstream& bits, int width) {
-    return width > 0 ? static_cast<std::uint8_t>(bits.Get(width)) : std::uint8_t{0};
+std::uint8_t ReadField(BitReader& bits, int width) {
+    return static_cast<std::uint8_t>(bits.Get(width));
 }
 
-void ReadShortBands(AMPBitstream& bits, int first, int last, int width, ScaleFactors& factors) {
+void ReadShortBands(BitReader& bits, int first, int last, int width, ScaleFactors& factors) {
     for (int band = first; band < last; ++band)
         for (auto& window : factors.shortBand)
             window[band] = ReadField(bits, width);
 }
 
-void ReadLongBands(AMPBitstream& bits, int first, int last, int width, ScaleFactors& factors) {
+void ReadLongBands(BitReader& bits, int first, int last, int width, ScaleFactors& factors) {
     for (int band = first; band < last; ++band)
         factors.longBand[band] = ReadField(bits, width);
 }
@@ -74,53 +76,63 @@ LsfPartition OrdinaryPartition(int compress) {
     return {{y / 3, y % 3, 0, 0}, 2, true};
 }
 
-/// Hands out the fields of the four parts one after the other.
-class LsfFieldReader {
-public:
-    LsfFieldReader(AMPBitstream& bits, const LsfPartition& partition, int kind)
-        : bits_(bits), partition_(partition), counts_(tables::kLsfPartition[partition.row][kind]) {}
-
-    void ReadNext(std::uint8_t& value, std::uint8_t& width) {
-        while (part_ < 3 && readInPart_ == counts_[part_]) {
-            ++part_;
-            readInPart_ = 0;
-        }
-        ++readInPart_;
-        width = static_cast<std::uint8_t>(partition_.width[part_]);
-        value = ReadField(bits_, width);
-    }
-
-private:
-    AMPBitstream& bits_;
-    const LsfPartition& partition_;
-    const std::uint8_t* counts_;
-    int part_ = 0;
-    int readInPart_ = 0;
+/// The fields of all four parts one after the other, with their widths.
+struct LsfFields {
+    std::uint8_t value[3 * kShortBandsRead] = {};
+    std::uint8_t width[3 * kShortBandsRead] = {};
 };
+
+LsfFields ReadLsfFields(BitReader& bits, const LsfPartition& partition, int kind) {
+    LsfFields fields;
+    int field = 0;
+    for (int part = 0; part < 4; ++part) {
+        const int width = partition.width[part];
+        for (int i = tables::kLsfPartition[partition.row][kind][part]; i > 0; --i, ++field) {
+            fields.value[field] = ReadField(bits, width);
+            fields.width[field] = static_cast<std::uint8_t>(width);
+        }
+    }
+    return fields;
+}
+
+/// Long bands first, then short bands window by window.
+void DistributeLsfFields(const LsfFields& fields, int longBands, int firstShortBand, ScaleFactors& factors) {
+    std::copy_n(fields.value, longBands, factors.longBand);
+    std::copy_n(fields.width, longBands, factors.longBits);
+    int field = longBands;
+    for (int band = firstShortBand; band < kShortBandsRead; ++band) {
+        for (int window = 0; window < 3; ++window, ++field) {
+            factors.shortBand[window][band] = fields.value[field];
+            factors.shortBits[window][band] = fields.width[field];
+        }
+    }
+}
 
 } // namespace
 
-void ReadScaleFactorsMpeg1(AMPBitstream& bits, const GranuleInfo& info, const std::uint32_t (&selection)[4],
+void ReadScaleFactorsMpeg1(BitReader& bits, const GranuleInfo& info, const std::uint32_t (&selection)[4],
                            int granule, ScaleFactors& factors) {
     const int slen1 = tables::kScaleFactorBits[info.scaleFactorCompress][0];
     const int slen2 = tables::kScaleFactorBits[info.scaleFactorCompress][1];
+    BitReader reader = bits; // a copy, which can live in registers
     if (info.IsShort()) {
         if (info.mixedBlock != 0)
-            ReadLongBands(bits, 0, kMixedLongBandsMpeg1, slen1, factors);
-        ReadShortBands(bits, info.mixedBlock != 0 ? kMixedFirstShortBand : 0, 6, slen1, factors);
-        ReadShortBands(bits, 6, kShortBandsRead, slen2, factors);
+            ReadLongBands(reader, 0, kMixedLongBandsMpeg1, slen1, factors);
+        ReadShortBands(reader, info.mixedBlock != 0 ? kMixedFirstShortBand : 0, 6, slen1, factors);
+        ReadShortBands(reader, 6, kShortBandsRead, slen2, factors);
         ClearLastShortBand(factors);
-        return;
+    } else {
+        constexpr int kGroupStart[5] = {0, 6, 11, 16, kLongBandsRead};
+        for (int group = 0; group < 4; ++group)
+            if (granule == 0 || selection[group] == 0)
+                ReadLongBands(reader, kGroupStart[group], kGroupStart[group + 1], group < 2 ? slen1 : slen2,
+                              factors);
+        ClearLastLongBands(factors);
     }
-    constexpr int kGroupStart[5] = {0, 6, 11, 16, kLongBandsRead};
-    for (int group = 0; group < 4; ++group)
-        if (granule == 0 || selection[group] == 0)
-            ReadLongBands(bits, kGroupStart[group], kGroupStart[group + 1], group < 2 ? slen1 : slen2,
-                          factors);
-    ClearLastLongBands(factors);
+    bits = reader;
 }
 
-void ReadScaleFactorsLsf(AMPBitstream& bits, const DecoderHeader& header, int channel, GranuleInfo& info,
+void ReadScaleFactorsLsf(BitReader& bits, const DecoderHeader& header, int channel, GranuleInfo& info,
                          ScaleFactors& factors) {
     const int compress = static_cast<int>(info.scaleFactorCompress);
     // The mode extension counts here whatever the mode is; wanted.
@@ -130,17 +142,17 @@ void ReadScaleFactorsLsf(AMPBitstream& bits, const DecoderHeader& header, int ch
     info.preflag = partition.preflag ? 1 : 0;
 
     const int kind = info.IsShort() ? (info.mixedBlock != 0 ? 2 : 1) : 0;
-    LsfFieldReader reader(bits, partition, kind);
-    const int longBands = info.IsMixedShort() ? kMixedLongBandsLsf : info.IsShort() ? 0 : kLongBandsRead;
-    for (int band = 0; band < longBands; ++band)
-        reader.ReadNext(factors.longBand[band], factors.longBits[band]);
+    BitReader reader = bits; // a copy, which can live in registers
+    const LsfFields fields = ReadLsfFields(reader, partition, kind);
+    bits = reader;
     if (!info.IsShort()) {
+        DistributeLsfFields(fields, kLongBandsRead, kShortBandsRead, factors);
         ClearLastLongBands(factors);
         return;
     }
-    for (int band = info.mixedBlock != 0 ? kMixedFirstShortBand : 0; band < kShortBandsRead; ++band)
-        for (int window = 0; window < 3; ++window)
-            reader.ReadNext(factors.shortBand[window][band], factors.shortBits[window][band]);
+    const bool isMixed = info.mixedBlock != 0;
+    DistributeLsfFields(fields, isMixed ? kMixedLongBandsLsf : 0, isMixed ? kMixedFirstShortBand : 0,
+                        factors);
     ClearLastShortBand(factors);
 }
 

@@ -1,7 +1,7 @@
 /// Layer III scale factors (ISO/IEC 11172-3, 2.4.2.7; ISO/IEC 13818-3, 2.4.3.2).
 #pragma once
 
-#include "decoder/bitstream.h"
+#include "decoder/bit_reader.h"
 #include "decoder/frame_header.h"
 #include "decoder/layer3/side_info.h"
 
@@ -21,11 +21,11 @@ struct ScaleFactors {
 
 /// Reads the scale factors of MPEG-1. In the second granule (`granule` 1) a long block keeps the band groups
 /// whose `selection` flag is set.
-void ReadScaleFactorsMpeg1(AMPBitstream& bits, const GranuleInfo& info, const std::uint32_t (&selection)[4],
+void ReadScaleFactorsMpeg1(BitReader& bits, const GranuleInfo& info, const std::uint32_t (&selection)[4],
                            int granule, ScaleFactors& factors);
 
 /// Reads the scale factors of the lower sampling frequencies; sets the preflag of `info`.
-void ReadScaleFactorsLsf(AMPBitstream& bits, const DecoderHeader& header, int channel, GranuleInfo& info,
+void ReadScaleFactorsLsf(BitReader& bits, const DecoderHeader& header, int channel, GranuleInfo& info,
                          ScaleFactors& factors);
 
 } // namespace trnmpa

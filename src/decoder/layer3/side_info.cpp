@@ -1,6 +1,9 @@
 #include "decoder/layer3/side_info.h"
 
+#include "decoder/bit_reader.h"
+
 #include <algorithm>
+#include <array>
 
 namespace trnmpa {
 
@@ -8,27 +11,7 @@ namespace {
 
 constexpr std::uint32_t kMaximumBigValues = 288;
 
-/// Big-endian bits of the side information; past the end it gives zeros.
-class BitCursor {
-public:
-    explicit BitCursor(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
-
-    std::uint32_t Get(int bits) {
-        std::uint32_t window = 0;
-        const std::size_t first = bit_ / 8;
-        for (std::size_t i = first; i < first + 4; ++i)
-            window = window << 8 | (i < bytes_.size() ? bytes_[i] : 0u);
-        window <<= bit_ % 8;
-        bit_ += static_cast<std::size_t>(bits);
-        return window >> (32 - bits);
-    }
-
-private:
-    std::span<const std::uint8_t> bytes_;
-    std::size_t bit_ = 0;
-};
-
-void ParseWindowSwitching(BitCursor& bits, GranuleInfo& granule) {
+void ParseWindowSwitching(BitReader& bits, GranuleInfo& granule) {
     granule.blockType = bits.Get(2);
     granule.mixedBlock = bits.Get(1);
     granule.tableSelect[0] = bits.Get(5);
@@ -39,7 +22,7 @@ void ParseWindowSwitching(BitCursor& bits, GranuleInfo& granule) {
     granule.region1Count = 20 - granule.region0Count;
 }
 
-GranuleInfo ParseGranule(BitCursor& bits, bool mpeg1) {
+GranuleInfo ParseGranule(BitReader& bits, bool mpeg1) {
     GranuleInfo granule;
     granule.part23Length = bits.Get(12);
     granule.bigValues = std::min(bits.Get(9), kMaximumBigValues);
@@ -72,7 +55,9 @@ int PrivateBitCount(bool mpeg1, int channels) {
 SideInfo ParseSideInfo(const DecoderHeader& header,
                        std::span<const std::uint8_t, SideInfo::kMaximumBytes> bytes) {
     const bool mpeg1 = header.lowSamplingFrequency == 0;
-    BitCursor bits(bytes.first(static_cast<std::size_t>(header.SideInfoBytes())));
+    std::array<std::uint8_t, SideInfo::kMaximumBytes + BitReader::kZerosBehind> padded = {};
+    std::ranges::copy(bytes, padded.begin());
+    BitReader bits(padded.data(), SideInfo::kMaximumBytes);
     SideInfo info;
     info.mainDataBegin = bits.Get(mpeg1 ? 9 : 8);
     info.privateBits = bits.Get(PrivateBitCount(mpeg1, header.channels));
