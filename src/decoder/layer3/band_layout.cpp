@@ -17,11 +17,13 @@ constexpr void AddLongBands(BandLayout& layout, const std::uint16_t (&starts)[23
         layout.segment[static_cast<std::size_t>(layout.count++)] = {
             starts[band], width, static_cast<std::uint8_t>(band), 0, false};
     }
+    layout.longCount = layout.count;
 }
 
 // At 8 kHz the short bands behind the long ones of a mixed block end before line 576; the last band takes the
 // lines that remain.
 constexpr void AddShortBands(BandLayout& layout, const std::uint16_t (&starts)[14], int firstBand, int line) {
+    layout.firstShortBand = firstBand;
     for (int band = firstBand; band <= kLastShortBand; ++band) {
         const int width = band == kLastShortBand ? (kLines - line) / 3 : starts[band + 1] - starts[band];
         for (int window = 0; window < 3; ++window, line += width)
@@ -43,6 +45,7 @@ constexpr BandLayout MakeLayout(int row, int rate, int kind) {
     const auto& longStarts = tables::kLongBandStart[row][rate];
     const auto& shortStarts = tables::kShortBandStart[row][rate];
     BandLayout layout;
+    layout.firstShortBand = kLastShortBand + 1;
     if (kind == kLong)
         AddLongBands(layout, longStarts, kLines);
     if (kind == kMixed)

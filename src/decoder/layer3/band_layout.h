@@ -28,6 +28,8 @@ struct BandLayout {
     static constexpr int kPairs = 288;
     std::array<BandSegment, kMaximumSegments> segment = {};
     int count = 0;
+    int longCount = 0;      ///< the long bands, from band 0 on, come first
+    int firstShortBand = 0; ///< then three windows each of the short bands from this one on
     /// Which segment lines 2i and 2i + 1 are in. All segments have an even start.
     std::array<std::uint8_t, kPairs> segmentOfPair = {};
 

@@ -145,6 +145,14 @@ bool HasCodes(std::uint32_t table) {
     return table != 0 && table != 4 && table != 14;
 }
 
+inline void ScaleQuadruple(const float (&values)[4], const LineGains& gains, std::size_t pair, float* lines) {
+    const float low = gains.SingleOfPair(pair);
+    const float high = gains.SingleOfPair(pair + 1);
+    const float gain[4] = {low, low, high, high};
+    for (int i = 0; i < 4; ++i)
+        lines[i] = values[i] * gain[i];
+}
+
 } // namespace
 
 void ReadPairs(BitWindow& window, std::uint32_t table, const LineGains& gains, int firstPair, int pairs,
@@ -167,23 +175,17 @@ void ReadPairs(BitWindow& window, std::uint32_t table, const LineGains& gains, i
 int ReadQuadruples(BitWindow& bits, bool isTableB, const LineGains& gains, int first, int end,
                    Spectrum spectrum) {
     const std::uint16_t* table = isTableB ? tables::kQuadrupleB : tables::kQuadrupleA;
-    const int indexBits = isTableB ? 8 : 10;
+    const int shift = 64 - (isTableB ? 8 : 10);
     BitWindow window = bits;
     int left = end - window.Position();
     auto line = static_cast<std::size_t>(first);
-    float* lines = spectrum.data();
     while (line + 4 <= kGranuleLines && left > 0) {
         window.Refill();
-        const std::uint32_t entry = table[window.Peek(indexBits)];
-        window.Skip(static_cast<int>(entry & 15));
-        left -= static_cast<int>(entry & 15);
-        const float* values = tables::kQuadrupleValues[entry >> 4];
-        const auto low = static_cast<float>(gains.OfPair(line / 2)[1]);
-        const auto high = static_cast<float>(gains.OfPair(line / 2 + 1)[1]);
-        lines[line] = values[0] * low;
-        lines[line + 1] = values[1] * low;
-        lines[line + 2] = values[2] * high;
-        lines[line + 3] = values[3] * high;
+        const std::uint32_t entry = table[window.Bits() >> shift];
+        const int length = static_cast<int>(entry & 15);
+        window.Skip(length);
+        left -= length;
+        ScaleQuadruple(tables::kQuadrupleValues[entry >> 4], gains, line / 2, spectrum.data() + line);
         line += 4;
     }
     bits = window;

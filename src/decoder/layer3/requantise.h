@@ -24,9 +24,15 @@ public:
     /// a line chooses what its magnitude's power is multiplied with.
     const double* OfPair(std::size_t pair) const { return gain_[segmentOfPair_[pair]]; }
 
+    /// The gain itself, in single precision as it is tabulated.
+    float SingleOfPair(std::size_t pair) const { return single_[segmentOfPair_[pair]]; }
+
 private:
+    void Set(int segment, int exponent);
+
     const std::uint8_t* segmentOfPair_;
     double gain_[BandLayout::kMaximumSegments][2];
+    float single_[BandLayout::kMaximumSegments];
 };
 
 } // namespace trnmpa
