@@ -1,7 +1,7 @@
 /// Huffman codes of a granule (ISO/IEC 11172-3, 2.4.1.7 and 2.4.3.4.6), requantised as they are read.
 #pragma once
 
-#include "decoder/layer3/bit_window.h"
+#include "decoder/bit_window.h"
 #include "decoder/layer3/requantise.h"
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 #include "decoder/layer3/scale_factors.h"
 
+#include "decoder/bit_window.h"
 #include "decoder/tables/scale_factor_tables.h"
 
 #include <algorithm>
@@ -14,17 +15,23 @@ constexpr int kMixedFirstShortBand = 3;
 constexpr int kShortBandsRead = 12;
 constexpr int kLongBandsRead = 21;
 
-std::uint8_t ReadField(BitReader& bits, int width) {
+constexpr int kFieldsPerRefill = 9;
+static_assert(kFieldsPerRefill * 5 <= BitWindow::kRefilledBits, "fields have up to 5 bits");
+
+std::uint8_t ReadField(BitWindow& bits, int width) {
     return static_cast<std::uint8_t>(bits.Get(width));
 }
 
-void ReadShortBands(BitReader& bits, int first, int last, int width, ScaleFactors& factors) {
-    for (int band = first; band < last; ++band)
+void ReadShortBands(BitWindow& bits, int first, int last, int width, ScaleFactors& factors) {
+    for (int band = first; band < last; ++band) {
+        bits.Refill();
         for (auto& window : factors.shortBand)
             window[band] = ReadField(bits, width);
+    }
 }
 
-void ReadLongBands(BitReader& bits, int first, int last, int width, ScaleFactors& factors) {
+void ReadLongBands(BitWindow& bits, int first, int last, int width, ScaleFactors& factors) {
+    bits.Refill();
     for (int band = first; band < last; ++band)
         factors.longBand[band] = ReadField(bits, width);
 }
@@ -82,12 +89,14 @@ struct LsfFields {
     std::uint8_t width[3 * kShortBandsRead] = {};
 };
 
-LsfFields ReadLsfFields(BitReader& bits, const LsfPartition& partition, int kind) {
+LsfFields ReadLsfFields(BitWindow& bits, const LsfPartition& partition, int kind) {
     LsfFields fields;
     int field = 0;
     for (int part = 0; part < 4; ++part) {
         const int width = partition.width[part];
         for (int i = tables::kLsfPartition[partition.row][kind][part]; i > 0; --i, ++field) {
+            if (field % kFieldsPerRefill == 0)
+                bits.Refill();
             fields.value[field] = ReadField(bits, width);
             fields.width[field] = static_cast<std::uint8_t>(width);
         }
@@ -114,22 +123,22 @@ void ReadScaleFactorsMpeg1(BitReader& bits, const GranuleInfo& info, const std::
                            int granule, ScaleFactors& factors) {
     const int slen1 = tables::kScaleFactorBits[info.scaleFactorCompress][0];
     const int slen2 = tables::kScaleFactorBits[info.scaleFactorCompress][1];
-    BitReader reader = bits; // a copy, which can live in registers
+    BitWindow window(bits);
     if (info.IsShort()) {
         if (info.mixedBlock != 0)
-            ReadLongBands(reader, 0, kMixedLongBandsMpeg1, slen1, factors);
-        ReadShortBands(reader, info.mixedBlock != 0 ? kMixedFirstShortBand : 0, 6, slen1, factors);
-        ReadShortBands(reader, 6, kShortBandsRead, slen2, factors);
+            ReadLongBands(window, 0, kMixedLongBandsMpeg1, slen1, factors);
+        ReadShortBands(window, info.mixedBlock != 0 ? kMixedFirstShortBand : 0, 6, slen1, factors);
+        ReadShortBands(window, 6, kShortBandsRead, slen2, factors);
         ClearLastShortBand(factors);
     } else {
         constexpr int kGroupStart[5] = {0, 6, 11, 16, kLongBandsRead};
         for (int group = 0; group < 4; ++group)
             if (granule == 0 || selection[group] == 0)
-                ReadLongBands(reader, kGroupStart[group], kGroupStart[group + 1], group < 2 ? slen1 : slen2,
+                ReadLongBands(window, kGroupStart[group], kGroupStart[group + 1], group < 2 ? slen1 : slen2,
                               factors);
         ClearLastLongBands(factors);
     }
-    bits = reader;
+    bits.SetPosition(window.Position());
 }
 
 void ReadScaleFactorsLsf(BitReader& bits, const DecoderHeader& header, int channel, GranuleInfo& info,
@@ -142,9 +151,9 @@ void ReadScaleFactorsLsf(BitReader& bits, const DecoderHeader& header, int chann
     info.preflag = partition.preflag ? 1 : 0;
 
     const int kind = info.IsShort() ? (info.mixedBlock != 0 ? 2 : 1) : 0;
-    BitReader reader = bits; // a copy, which can live in registers
-    const LsfFields fields = ReadLsfFields(reader, partition, kind);
-    bits = reader;
+    BitWindow window(bits);
+    const LsfFields fields = ReadLsfFields(window, partition, kind);
+    bits.SetPosition(window.Position());
     if (!info.IsShort()) {
         DistributeLsfFields(fields, kLongBandsRead, kShortBandsRead, factors);
         ClearLastLongBands(factors);

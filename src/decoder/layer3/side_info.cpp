@@ -1,6 +1,6 @@
 #include "decoder/layer3/side_info.h"
 
-#include "decoder/bit_reader.h"
+#include "decoder/bit_window.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint32_t kMaximumBigValues = 288;
 
-void ParseWindowSwitching(BitReader& bits, GranuleInfo& granule) {
+void ParseWindowSwitching(BitWindow& bits, GranuleInfo& granule) {
     granule.blockType = bits.Get(2);
     granule.mixedBlock = bits.Get(1);
     granule.tableSelect[0] = bits.Get(5);
@@ -22,13 +22,16 @@ void ParseWindowSwitching(BitReader& bits, GranuleInfo& granule) {
     granule.region1Count = 20 - granule.region0Count;
 }
 
-GranuleInfo ParseGranule(BitReader& bits, bool mpeg1) {
+GranuleInfo ParseGranule(BitWindow& bits, bool mpeg1) {
+    static_assert(12 + 9 + 8 + 9 + 1 <= BitWindow::kRefilledBits);
+    bits.Refill();
     GranuleInfo granule;
     granule.part23Length = bits.Get(12);
     granule.bigValues = std::min(bits.Get(9), kMaximumBigValues);
     granule.globalGain = bits.Get(8);
     granule.scaleFactorCompress = bits.Get(mpeg1 ? 4 : 9);
     granule.windowSwitching = bits.Get(1);
+    bits.Refill();
     if (granule.windowSwitching != 0) {
         ParseWindowSwitching(bits, granule);
     } else {
@@ -55,9 +58,9 @@ int PrivateBitCount(bool mpeg1, int channels) {
 SideInfo ParseSideInfo(const DecoderHeader& header,
                        std::span<const std::uint8_t, SideInfo::kMaximumBytes> bytes) {
     const bool mpeg1 = header.lowSamplingFrequency == 0;
-    std::array<std::uint8_t, SideInfo::kMaximumBytes + BitReader::kZerosBehind> padded = {};
+    std::array<std::uint8_t, SideInfo::kMaximumBytes + BitWindow::kBytesAhead> padded = {};
     std::ranges::copy(bytes, padded.begin());
-    BitReader bits(padded.data(), SideInfo::kMaximumBytes);
+    BitWindow bits(BitReader(padded.data(), SideInfo::kMaximumBytes));
     SideInfo info;
     info.mainDataBegin = bits.Get(mpeg1 ? 9 : 8);
     info.privateBits = bits.Get(PrivateBitCount(mpeg1, header.channels));

@@ -52,17 +52,15 @@ int ReadSpectrum(BitReader& bits, const DecoderHeader& header, const GranuleInfo
     const int bigValueLines = static_cast<int>(2 * info.bigValues);
     const RegionStarts starts = FindRegionStarts(header, info, bigValueLines);
     const int edges[4] = {0, starts.region1, std::max(starts.region1, starts.region2), bigValueLines};
-    const int skipped = std::max(bits.Position() - bits.SizeInBits(), 0);
     BitWindow window(bits);
     for (int region = 0; region < 3; ++region) {
         const int pairs = (edges[region + 1] - edges[region]) / 2;
         if (pairs > 0)
             ReadPairs(window, info.tableSelect[region], gains, edges[region] / 2, pairs, spectrum);
     }
-    // Behind the data's end the window stands at its first zero, wherever the reader stood.
-    const int count = TrimZeros(spectrum, ReadQuadruples(window, info.count1TableSelect != 0, gains,
-                                                         bigValueLines, end - skipped, spectrum));
-    bits.SetPosition(window.Position() + skipped);
+    const int count = TrimZeros(
+        spectrum, ReadQuadruples(window, info.count1TableSelect != 0, gains, bigValueLines, end, spectrum));
+    bits.SetPosition(window.Position());
     std::fill(spectrum.begin() + count, spectrum.end(), 0.0f);
     return count;
 }

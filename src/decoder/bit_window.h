@@ -13,11 +13,17 @@ class BitWindow {
 public:
     /// Valid bits after a refill, at least.
     static constexpr int kRefilledBits = 56;
+    /// How far behind the next bit's byte a refill may read, at most.
+    static constexpr int kBytesAhead = 16;
 
+    /// Goes on where the reader stands. Behind the end one zero is like the other: there it begins at the
+    /// first.
     explicit BitWindow(const BitReader& reader)
-        : start_(reader.Bytes()), next_(start_ + std::min(reader.Position(), reader.SizeInBits()) / 8) {
+        : start_(reader.Bytes()), behindEnd_(std::max(reader.Position() - reader.SizeInBits(), 0)) {
+        const int first = reader.Position() - behindEnd_;
+        next_ = start_ + first / 8;
         Refill();
-        Skip(std::min(reader.Position(), reader.SizeInBits()) % 8);
+        Skip(first % 8);
     }
 
     /// Bytes enter whole; the part of a byte that does not fit yet is there already and enters again.
@@ -29,25 +35,26 @@ public:
 
     /// All the bits, the next one on top.
     std::uint64_t Bits() const { return bits_; }
-    /// The next `bits` (1 to 32) bits.
-    std::uint32_t Peek(int bits) const { return static_cast<std::uint32_t>(bits_ >> (64 - bits)); }
-    /// The next `bits` (0 to 32) bits.
-    std::uint32_t PeekOrNothing(int bits) const {
-        return static_cast<std::uint32_t>(bits_ >> 1 >> (63 - bits));
-    }
     void Skip(int bits) {
         bits_ <<= bits;
         held_ -= bits;
     }
+    /// The next `bits` (0 to 32) bits.
+    std::uint32_t Get(int bits) {
+        const auto value = static_cast<std::uint32_t>(bits_ >> 1 >> (63 - bits));
+        Skip(bits);
+        return value;
+    }
 
     /// Bits of the body before the next one.
-    int Position() const { return static_cast<int>(next_ - start_) * 8 - held_; }
+    int Position() const { return static_cast<int>(next_ - start_) * 8 - held_ + behindEnd_; }
 
 private:
     const std::uint8_t* start_;
-    const std::uint8_t* next_;
+    const std::uint8_t* next_ = nullptr;
     std::uint64_t bits_ = 0;
-    int held_ = 0; ///< valid bits; those below them are zeros or what a refill will bring
+    int behindEnd_; ///< how far behind the end the reader stood
+    int held_ = 0;  ///< valid bits; those below them are zeros or what a refill will bring
 };
 
 } // namespace trnmpa
