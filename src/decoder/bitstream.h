@@ -4,7 +4,6 @@
 #include "decoder/bit_reader.h"
 #include "decoder/decoder_interface.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -48,15 +47,6 @@ public:
 
     /// The body and the place in it. Behind its bytes lie kZerosBehind zeros.
     BitReader& Reader() { return reader_; }
-
-    /// The next `bits` (0 to 32) bits, left in place.
-    std::uint32_t Peek(int bits) const { return reader_.Peek(bits); }
-    void Skip(int bits) { reader_.Skip(bits); }
-    std::uint32_t Get(int bits) { return reader_.Get(bits); }
-    /// Bits up to the end of the body; negative when more were read than were there.
-    int BitsRemaining() const { return reader_.SizeInBits() - reader_.Position(); }
-    /// Stands where BitsRemaining gives `target`, ahead or back.
-    void SeekToBitsRemaining(int target) { reader_.SetPosition(std::max(reader_.SizeInBits() - target, 0)); }
 
 private:
     static constexpr int kReservoirMask = kReservoirBytes - 1;

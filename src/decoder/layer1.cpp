@@ -14,7 +14,7 @@ struct Layer1Allocation {
     double factor[kSubbands][2] = {};
 };
 
-void ReadAllocation(AMPBitstream& bits, int channels, int bound, Layer1Allocation& frame) {
+void ReadAllocation(BitReader& bits, int channels, int bound, Layer1Allocation& frame) {
     for (int subband = 0; subband < kSubbands; ++subband) {
         for (int channel = 0; channel < channels; ++channel) {
             const bool shared = subband >= bound && channel == 1;
@@ -25,7 +25,7 @@ void ReadAllocation(AMPBitstream& bits, int channels, int bound, Layer1Allocatio
 }
 
 // Allocation a takes the level count of layer II's class a, not 2^(a + 1) - 1; wanted.
-void ReadScaleFactors(AMPBitstream& bits, int channels, Layer1Allocation& frame) {
+void ReadScaleFactors(BitReader& bits, int channels, Layer1Allocation& frame) {
     for (int subband = 0; subband < kSubbands; ++subband) {
         for (int channel = 0; channel < channels; ++channel) {
             const int allocation = frame.allocation[subband][channel];
@@ -36,7 +36,7 @@ void ReadScaleFactors(AMPBitstream& bits, int channels, Layer1Allocation& frame)
     }
 }
 
-void ReadSlot(AMPBitstream& bits, int channels, int bound, const Layer1Allocation& frame,
+void ReadSlot(BitReader& bits, int channels, int bound, const Layer1Allocation& frame,
               float (&slot)[2][kSubbands]) {
     for (int subband = 0; subband < kSubbands; ++subband) {
         int value = 0;
@@ -58,11 +58,12 @@ int DecodeLayer1(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     bits.FillLinear(bodyBytes);
     const int bound = header.JointStereoBound();
     Layer1Allocation frame;
-    ReadAllocation(bits, header.channels, bound, frame);
-    ReadScaleFactors(bits, header.channels, frame);
+    BitReader& reader = bits.Reader();
+    ReadAllocation(reader, header.channels, bound, frame);
+    ReadScaleFactors(reader, header.channels, frame);
     for (int i = 0; i < kSlotsPerFrame; ++i) {
         float slot[2][kSubbands] = {};
-        ReadSlot(bits, header.channels, bound, frame, slot);
+        ReadSlot(reader, header.channels, bound, frame, slot);
         synthesis.SynthesiseSlot(header.channels, slot[0], slot[1], pcm + i * kSubbands * header.channels);
     }
     return kSlotsPerFrame * kSubbands * header.channels;

@@ -1,5 +1,6 @@
 #include "decoder/bitstream.h"
 
+#include "decoder/bit_window.h"
 #include "decoder/stream_decode.h"
 
 #include <gtest/gtest.h>
@@ -27,18 +28,23 @@ std::uint32_t BitsOf(const std::vector<std::uint8_t>& bytes, std::size_t bit, in
     return value;
 }
 
+int Remaining(const trnmpa::BitReader& bits) {
+    return bits.SizeInBits() - bits.Position();
+}
+
 TEST(Bitstream, ReservoirReadsEqualThePlainBits) {
     const auto bytes = RandomBytes(300);
     test::MemorySource source(bytes);
-    AMPBitstream bits;
-    bits.SetSource(&source);
-    bits.AppendToReservoir(300);
-    bits.RewindToFrameStart(300);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    trnmpa::BitReader& bits = stream.Reader();
+    stream.AppendToReservoir(300);
+    stream.RewindToFrameStart(300);
     std::mt19937 engine(9);
     std::size_t position = 0;
     while (position < 2400 + 200) {
         const int count = static_cast<int>(engine() % 24) + 1;
-        ASSERT_EQ(bits.BitsRemaining(), 2400 - static_cast<int>(position));
+        ASSERT_EQ(Remaining(bits), 2400 - static_cast<int>(position));
         ASSERT_EQ(bits.Peek(count), BitsOf(bytes, position, count)) << position;
         ASSERT_EQ(bits.Get(count), BitsOf(bytes, position, count)) << position;
         position += static_cast<std::size_t>(count);
@@ -48,9 +54,10 @@ TEST(Bitstream, ReservoirReadsEqualThePlainBits) {
 TEST(Bitstream, LinearReadsEqualThePlainBits) {
     const auto bytes = RandomBytes(2877);
     test::MemorySource source(bytes);
-    AMPBitstream bits;
-    bits.SetSource(&source);
-    bits.FillLinear(2877);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    trnmpa::BitReader& bits = stream.Reader();
+    stream.FillLinear(2877);
     std::mt19937 engine(10);
     std::size_t position = 0;
     while (position < 8u * 2877 + 100) {
@@ -63,15 +70,16 @@ TEST(Bitstream, LinearReadsEqualThePlainBits) {
 TEST(Bitstream, SeekLandsOnTheBitFromAheadAndBehind) {
     const auto bytes = RandomBytes(400);
     test::MemorySource source(bytes);
-    AMPBitstream bits;
-    bits.SetSource(&source);
-    bits.AppendToReservoir(400);
-    bits.RewindToFrameStart(400);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    trnmpa::BitReader& bits = stream.Reader();
+    stream.AppendToReservoir(400);
+    stream.RewindToFrameStart(400);
     std::mt19937 engine(11);
     for (int i = 0; i < 2000; ++i) {
         const auto target = static_cast<int>(engine() % 3200);
-        bits.SeekToBitsRemaining(target);
-        ASSERT_EQ(bits.BitsRemaining(), target);
+        bits.SetPosition(bits.SizeInBits() - target);
+        ASSERT_EQ(Remaining(bits), target);
         const auto position = static_cast<std::size_t>(3200 - target);
         ASSERT_EQ(bits.Get(17), BitsOf(bytes, position, 17)) << target;
     }
@@ -80,12 +88,13 @@ TEST(Bitstream, SeekLandsOnTheBitFromAheadAndBehind) {
 TEST(Bitstream, ReservoirWrapsAround) {
     const auto bytes = RandomBytes(5000);
     test::MemorySource source(bytes);
-    AMPBitstream bits;
-    bits.SetSource(&source);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    trnmpa::BitReader& bits = stream.Reader();
     for (std::size_t end = 500; end <= 5000; end += 500) {
-        bits.AppendToReservoir(500);
+        stream.AppendToReservoir(500);
         const int back = static_cast<int>(std::min<std::size_t>(end, 1000));
-        bits.RewindToFrameStart(back);
+        stream.RewindToFrameStart(back);
         for (int i = 0; i < back; ++i)
             ASSERT_EQ(bits.Get(8), bytes[end - static_cast<std::size_t>(back - i)]);
     }
@@ -94,28 +103,75 @@ TEST(Bitstream, ReservoirWrapsAround) {
 TEST(Bitstream, ADryReservoirGivesZerosAndSeeksBack) {
     const std::vector<std::uint8_t> bytes(10, 0xFF);
     test::MemorySource source(bytes);
-    AMPBitstream bits;
-    bits.SetSource(&source);
-    bits.AppendToReservoir(10);
-    bits.RewindToFrameStart(10);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    trnmpa::BitReader& bits = stream.Reader();
+    stream.AppendToReservoir(10);
+    stream.RewindToFrameStart(10);
     for (int i = 0; i < 10; ++i)
         EXPECT_EQ(bits.Get(8), 0xFFu);
     for (int i = 0; i < 1000; ++i)
         EXPECT_EQ(bits.Get(24), 0u);
-    EXPECT_EQ(bits.BitsRemaining(), -24000);
-    bits.SeekToBitsRemaining(-50);
+    EXPECT_EQ(Remaining(bits), -24000);
+    bits.SetPosition(bits.SizeInBits() + 50);
     EXPECT_EQ(bits.Get(24), 0u);
-    bits.SeekToBitsRemaining(12);
+    bits.SetPosition(bits.SizeInBits() - 12);
     EXPECT_EQ(bits.Get(16), 0xFFF0u);
+}
+
+TEST(Bitstream, AShorterBodyIsFollowedByZeros) {
+    const std::vector<std::uint8_t> bytes(1000, 0xFF);
+    test::MemorySource source(bytes);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    trnmpa::BitReader& bits = stream.Reader();
+    stream.FillLinear(500);
+    EXPECT_THROW(stream.FillLinear(700), int) << "500 bytes come";
+    EXPECT_EQ(bits.Get(32), 0u);
+    stream.FillLinear(0);
+    EXPECT_EQ(bits.Get(32), 0u);
+
+    source.SetPosition(0);
+    stream.AppendToReservoir(500);
+    stream.RewindToFrameStart(500);
+    EXPECT_EQ(bits.Get(32), 0xFFFFFFFFu);
+    stream.RewindToFrameStart(3);
+    EXPECT_EQ(bits.Get(32), 0xFFFFFF00u);
+    EXPECT_EQ(bits.Get(32), 0u);
+}
+
+// Also where the reader stands behind the end: the window begins at zeros and goes on counting.
+TEST(BitWindow, ReadsWhatTheReaderReads) {
+    const auto bytes = RandomBytes(300);
+    test::MemorySource source(bytes);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    stream.AppendToReservoir(300);
+    stream.RewindToFrameStart(300);
+    trnmpa::BitReader& bits = stream.Reader();
+    std::mt19937 engine(12);
+    for (int start = 0; start < 2400 + 500; start += 7) {
+        bits.SetPosition(start);
+        trnmpa::BitWindow window(bits);
+        ASSERT_EQ(window.Position(), start);
+        for (int i = 0; i < 10; ++i) {
+            const int count = static_cast<int>(engine() % 29);
+            window.Refill();
+            ASSERT_EQ(window.Bits() >> 8, bits.WindowAt(bits.Position()) >> 8) << start;
+            ASSERT_EQ(window.Get(count), bits.Get(count)) << start;
+            ASSERT_EQ(window.Get(count), bits.Get(count)) << start;
+            ASSERT_EQ(window.Position(), bits.Position());
+        }
+    }
 }
 
 TEST(Bitstream, ShortReadsThrowEndOfStream) {
     const std::vector<std::uint8_t> bytes(10);
     test::MemorySource source(bytes);
-    AMPBitstream bits;
-    bits.SetSource(&source);
-    EXPECT_THROW(bits.FillLinear(11), int);
-    EXPECT_THROW(bits.AppendToReservoir(1), int);
+    AMPBitstream stream;
+    stream.SetSource(&source);
+    EXPECT_THROW(stream.FillLinear(11), int);
+    EXPECT_THROW(stream.AppendToReservoir(1), int);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // Side information, Huffman data and scale factors at their edges.
 
+#include "decoder/bitstream.h"
 #include "decoder/layer3/band_layout.h"
 #include "decoder/layer3/requantise.h"
 #include "decoder/layer3/scale_factors.h"
@@ -35,17 +36,18 @@ trnmpa::DecoderHeader Header(int row, int rate, int channels = 1) {
 class Bits {
 public:
     explicit Bits(const BitWriter& writer) : bytes_(writer.Bytes()), source_(bytes_) {
-        reader.SetSource(&source_);
-        reader.AppendToReservoir(static_cast<int>(bytes_.size()));
-        reader.RewindToFrameStart(static_cast<int>(bytes_.size()));
+        stream_.SetSource(&source_);
+        stream_.AppendToReservoir(static_cast<int>(bytes_.size()));
+        stream_.RewindToFrameStart(static_cast<int>(bytes_.size()));
     }
+
+    trnmpa::BitReader& Reader() { return stream_.Reader(); }
+    int Remaining() { return Reader().SizeInBits() - Reader().Position(); }
 
 private:
     std::vector<std::uint8_t> bytes_;
     test::MemorySource source_;
-
-public:
-    trnmpa::AMPBitstream reader;
+    trnmpa::AMPBitstream stream_;
 };
 
 struct Spectrum {
@@ -70,9 +72,9 @@ Spectrum Decode(const trnmpa::DecoderHeader& header, GranuleInfo info, const Bit
     std::array<float, 576> spectrum;
     spectrum.fill(99.0f);
     Spectrum result;
-    result.count = trnmpa::ReadSpectrum(bits.reader.Reader(), header, info, gains, length, spectrum);
+    result.count = trnmpa::ReadSpectrum(bits.Reader(), header, info, gains, length, spectrum);
     std::ranges::transform(spectrum, result.lines.begin(), Quantised);
-    result.remaining = bits.reader.BitsRemaining();
+    result.remaining = bits.Remaining();
     return result;
 }
 
@@ -254,8 +256,8 @@ TEST(ScaleFactors, IntensityRightCompress510And511ReadNothing) {
         writer.Write(0xFFFF, 16);
         Bits bits(writer);
         trnmpa::ScaleFactors factors;
-        trnmpa::ReadScaleFactorsLsf(bits.reader.Reader(), header, 1, info, factors);
-        EXPECT_EQ(bits.reader.BitsRemaining(), 16);
+        trnmpa::ReadScaleFactorsLsf(bits.Reader(), header, 1, info, factors);
+        EXPECT_EQ(bits.Remaining(), 16);
         EXPECT_EQ(info.preflag, 0u);
         EXPECT_EQ(factors.longBand[0], 0);
     }
@@ -271,7 +273,7 @@ TEST(ScaleFactors, TheModeExtensionCountsWhateverTheMode) {
     writer.Write(0xFFFF, 16);
     Bits bits(writer);
     trnmpa::ScaleFactors factors;
-    trnmpa::ReadScaleFactorsLsf(bits.reader.Reader(), header, 1, info, factors);
+    trnmpa::ReadScaleFactorsLsf(bits.Reader(), header, 1, info, factors);
     EXPECT_EQ(factors.longBand[0], 3);
     EXPECT_EQ(info.preflag, 0u);
 }
