@@ -4,13 +4,13 @@
 #include "decoder/tables/requantise_tables.h"
 
 #include <algorithm>
+#include <array>
 
 namespace trnmpa {
 
 namespace {
 
 constexpr std::uint32_t kFirstMagnitudeTable = 13;
-constexpr std::uint32_t kFirstTableOfLargeValues = 24;
 constexpr std::uint32_t kLinbitsEscape = 15;
 
 /// The lookup tables of one pair table; huffman_lookup.py tells how they are made.
@@ -55,89 +55,76 @@ void ReadSignedPairs(BitWindow& bits, std::uint32_t tableNumber, const LineGains
     bits = window;
 }
 
-struct Linbits {
-    std::uint32_t count;
-    std::uint32_t mask;
+/// What stands behind a code for one of its lines, by magnitude.
+struct LineFields {
+    std::uint32_t linbitsMask = 0;
+    std::uint8_t linbits = 0;
+    std::uint8_t signBits = 0;
 };
 
-/// How often a table's values have linbits behind them.
-enum class Escapes { kNever, kSeldom, kOften };
+constexpr std::size_t kMaximumLinbits = 13;
+using LineFieldsTable = std::array<std::array<LineFields, 16>, kMaximumLinbits + 1>;
+
+constexpr LineFieldsTable MakeLineFields() {
+    LineFieldsTable fields = {};
+    for (std::size_t linbits = 0; linbits <= kMaximumLinbits; ++linbits) {
+        for (std::size_t magnitude = 1; magnitude < 16; ++magnitude)
+            fields[linbits][magnitude].signBits = 1;
+        fields[linbits][kLinbitsEscape].linbitsMask = (1u << linbits) - 1;
+        fields[linbits][kLinbitsEscape].linbits = static_cast<std::uint8_t>(linbits);
+    }
+    return fields;
+}
+
+/// By linbits of the table.
+constexpr LineFieldsTable kLineFields = MakeLineFields();
 
 /// Takes a line's linbits and sign from the low end of a code. Which lines are zero or have linbits is hard
-/// to foresee, so this is arithmetic that compilers do not turn into branches.
-template <bool kHasLinbits>
-inline float TakeLine(std::uint64_t& code, std::uint32_t magnitude, Linbits linbits, const double* gain) {
-    const std::uint32_t signBits = (magnitude + 15) >> 4; // 0 for 0, else 1
-    const std::uint64_t isNegative = code & signBits;
-    code >>= signBits;
-    if constexpr (kHasLinbits) {
-        const std::uint32_t ifExtended = 0 - ((magnitude + 1) >> 4); // all ones for 15, else 0
-        magnitude += static_cast<std::uint32_t>(code) & linbits.mask & ifExtended;
-        code >>= linbits.count & ifExtended;
-    }
+/// to foresee, so there are no branches.
+inline float TakeLine(std::uint64_t& code, std::uint32_t magnitude, const LineFields* fields,
+                      const double* gain) {
+    const LineFields& field = fields[magnitude];
+    const std::uint64_t isNegative = code & field.signBits;
+    code >>= field.signBits;
+    magnitude += static_cast<std::uint32_t>(code) & field.linbitsMask;
+    code >>= field.linbits;
     return static_cast<float>(gain[isNegative] * tables::kFourThirdsPower[magnitude]);
 }
 
-template <bool kHasLinbits>
-inline void TakeLines(std::uint64_t code, std::uint32_t magnitudes, Linbits linbits, const double* gain,
-                      float* lines) {
-    const float second = TakeLine<kHasLinbits>(code, magnitudes >> 4, linbits, gain);
-    lines[0] = TakeLine<kHasLinbits>(code, magnitudes & 15, linbits, gain);
-    lines[1] = second;
-}
-
-bool IsExtended(std::uint32_t magnitudes) {
-    return (magnitudes & 15) == kLinbitsEscape || magnitudes >> 4 == kLinbitsEscape;
-}
-
 /// Looks up a code in the long table, where linbits are not counted in.
-template <Escapes kEscapes>
-inline std::uint32_t LongMagnitudeEntry(const BitWindow& window, const PairTable& table, Linbits linbits) {
+inline std::uint32_t LongMagnitudeEntry(const BitWindow& window, const PairTable& table,
+                                        const LineFields* fields) {
     const std::uint32_t entry = table.longer[window.Bits() >> table.longShift];
-    if constexpr (kEscapes == Escapes::kNever)
-        return entry;
-    const std::uint32_t extensions =
-        ((entry >> 6 & 15) == kLinbitsEscape ? 1 : 0) + (entry >> 10 == kLinbitsEscape ? 1 : 0);
-    return entry + extensions * linbits.count;
+    return entry + fields[entry >> 6 & 15].linbits + fields[entry >> 10].linbits;
 }
 
 /// One pair of tables 13 to 31. The way from one code's bits to the next one's is a shift, a lookup and a
 /// shift; all else may take its time.
-template <Escapes kEscapes>
-inline void ReadMagnitudePair(BitWindow& window, const PairTable& table, Linbits linbits,
+inline void ReadMagnitudePair(BitWindow& window, const PairTable& table, const LineFields* fields,
                               const LineGains& gains, std::size_t pair, float* lines) {
     std::uint32_t entry = table.root[window.Bits() >> table.rootShift];
     if (entry == 0) [[unlikely]]
-        entry = LongMagnitudeEntry<kEscapes>(window, table, linbits);
+        entry = LongMagnitudeEntry(window, table, fields);
     const int length = static_cast<int>(entry & 63);
-    const std::uint64_t code = window.Bits() >> (64 - length);
+    std::uint64_t code = window.Bits() >> (64 - length);
     window.Skip(length);
-    const std::uint32_t magnitudes = entry >> 6;
     const double* gain = gains.OfPair(pair);
-    if (kEscapes == Escapes::kOften || (kEscapes == Escapes::kSeldom && IsExtended(magnitudes)))
-        TakeLines<true>(code, magnitudes, linbits, gain, lines + 2 * pair);
-    else
-        TakeLines<false>(code, magnitudes, linbits, gain, lines + 2 * pair);
+    const float second = TakeLine(code, entry >> 10, fields, gain);
+    lines[2 * pair] = TakeLine(code, entry >> 6 & 15, fields, gain);
+    lines[2 * pair + 1] = second;
 }
 
-template <Escapes kEscapes>
 void ReadMagnitudePairs(BitWindow& bits, std::uint32_t tableNumber, const LineGains& gains, std::size_t pair,
                         std::size_t endPair, float* lines) {
-    // The longest code of the tables with linbits has 17 bits, that of the others 19.
-    static_assert(17 + 2 * (13 + 1) <= BitWindow::kRefilledBits && 2 * (19 + 2) <= BitWindow::kRefilledBits);
-    constexpr std::size_t kPairsPerRefill = kEscapes == Escapes::kNever ? 2 : 1;
+    // The longest code of the tables with linbits has 17 bits.
+    static_assert(17 + 2 * (kMaximumLinbits + 1) <= BitWindow::kRefilledBits);
     const PairTable table(tableNumber);
-    const std::uint32_t linbitCount = tables::kHuffmanLinbits[tableNumber];
-    const Linbits linbits = {linbitCount, (1u << linbitCount) - 1};
+    const LineFields* fields = kLineFields[tables::kHuffmanLinbits[tableNumber]].data();
     BitWindow window = bits;
-    for (; pair + kPairsPerRefill <= endPair; pair += kPairsPerRefill) {
+    for (; pair < endPair; ++pair) {
         window.Refill();
-        for (std::size_t i = 0; i < kPairsPerRefill; ++i)
-            ReadMagnitudePair<kEscapes>(window, table, linbits, gains, pair + i, lines);
+        ReadMagnitudePair(window, table, fields, gains, pair, lines);
     }
-    window.Refill();
-    if (pair < endPair)
-        ReadMagnitudePair<kEscapes>(window, table, linbits, gains, pair, lines);
     bits = window;
 }
 
@@ -164,12 +151,8 @@ void ReadPairs(BitWindow& window, std::uint32_t table, const LineGains& gains, i
         std::fill(lines + 2 * first, lines + 2 * end, 0.0f);
     else if (table < kFirstMagnitudeTable)
         ReadSignedPairs(window, table, gains, first, end, lines);
-    else if (tables::kHuffmanLinbits[table] == 0)
-        ReadMagnitudePairs<Escapes::kNever>(window, table, gains, first, end, lines);
-    else if (table < kFirstTableOfLargeValues)
-        ReadMagnitudePairs<Escapes::kSeldom>(window, table, gains, first, end, lines);
     else
-        ReadMagnitudePairs<Escapes::kOften>(window, table, gains, first, end, lines);
+        ReadMagnitudePairs(window, table, gains, first, end, lines);
 }
 
 int ReadQuadruples(BitWindow& bits, bool isTableB, const LineGains& gains, int first, int end,
