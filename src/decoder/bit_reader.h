@@ -24,7 +24,7 @@ public:
 
     /// At least 57 bits from `position` (not negative) on, the first one on top.
     std::uint64_t WindowAt(int position) const {
-        return LoadBigEndian64(bytes_ + std::min(position / 8, size_)) << position % 8;
+        return LoadBigEndian64(bytes_ + std::min(position >> 3, size_)) << (position & 7);
     }
     /// The next `bits` (0 to 32) bits, left in place.
     std::uint32_t Peek(int bits) const {

@@ -1,5 +1,6 @@
 #include "decoder/layer2.h"
 
+#include "decoder/bit_window.h"
 #include "decoder/kernels/scale_samples.h"
 #include "decoder/layer2_samples.h"
 #include "decoder/tables/layer2_tables.h"
@@ -32,11 +33,12 @@ int ChooseTable(const DecoderHeader& header) {
     return tables::kAllocationTable[header.channels - 1][header.sampleRateIndex][header.bitRateIndex];
 }
 
-void ReadAllocation(BitReader& bits, int table, Layer2Frame& frame) {
+void ReadAllocation(BitWindow& bits, int table, Layer2Frame& frame) {
     int subband = 0;
     for (int group = 0; group < 4; ++group) {
         const int width = tables::kAllocationGroupBits[table][group];
         for (int i = 0; i < tables::kAllocationGroupSubbands[table][group]; ++i, ++subband) {
+            bits.Refill();
             for (int channel = 0; channel < frame.channels; ++channel) {
                 const bool repeated = frame.IsShared(subband) && channel == 1;
                 frame.quantisationClass[subband][channel] =
@@ -49,41 +51,46 @@ void ReadAllocation(BitReader& bits, int table, Layer2Frame& frame) {
     frame.bound = std::min(frame.bound, subband);
 }
 
-/// How many scale factors are read and which of them serves each part, by selection (2.4.2.5).
+/// How many bits of scale factors, 6 each, are read and where under a 64-bit window's top each part's lies,
+/// by selection (2.4.2.5).
 struct ScaleFactorSelection {
-    int count;
-    int ofPart[kScaleFactorParts];
+    int bits;
+    int shift[kScaleFactorParts];
 };
 constexpr ScaleFactorSelection kSelection[5] = {
-    {3, {0, 1, 2}}, {2, {0, 0, 1}}, {1, {0, 0, 0}}, {2, {0, 1, 1}}, {0, {0, 0, 0}}};
+    {18, {58, 52, 46}}, {12, {58, 58, 52}}, {6, {58, 58, 58}}, {12, {58, 52, 52}}, {0, {58, 58, 58}}};
 
 /// The last row of kSelection for a subband without samples, read without a branch: where they are is hard to
 /// foresee.
-std::uint32_t ReadSelection(BitReader& bits, int quantisationClass) {
+std::uint32_t ReadSelection(BitWindow& bits, int quantisationClass) {
     const bool hasSamples = quantisationClass != 0;
     return bits.Get(2 * hasSamples) | 4u * !hasSamples;
 }
 
-void ReadScaleFactorParts(BitReader& bits, const ScaleFactorSelection& selection, double classFactor,
+void ReadScaleFactorParts(BitWindow& bits, const ScaleFactorSelection& selection, double classFactor,
                           Layer2Frame& frame, int channel, int subband) {
-    const std::uint64_t window = bits.WindowAt(bits.Position());
-    bits.Skip(6 * selection.count);
+    const std::uint64_t window = bits.Bits();
+    bits.Skip(selection.bits);
     for (int part = 0; part < kScaleFactorParts; ++part) {
-        const auto index = window >> (58 - 6 * selection.ofPart[part]) & 63;
+        const auto index = window >> selection.shift[part] & 63;
         frame.factor[part][channel][subband] = classFactor * tables::kScaleFactor[index];
     }
 }
 
-void ReadScaleFactors(BitReader& bits, Layer2Frame& frame) {
+void ReadScaleFactors(BitWindow& bits, Layer2Frame& frame) {
     std::uint32_t selection[kSubbands][2];
-    for (int subband = 0; subband < frame.subbandLimit; ++subband)
+    for (int subband = 0; subband < frame.subbandLimit; ++subband) {
+        bits.Refill();
         for (int channel = 0; channel < frame.channels; ++channel)
             selection[subband][channel] = ReadSelection(bits, frame.quantisationClass[subband][channel]);
-    for (int subband = 0; subband < frame.subbandLimit; ++subband)
+    }
+    for (int subband = 0; subband < frame.subbandLimit; ++subband) {
+        bits.Refill();
         for (int channel = 0; channel < frame.channels; ++channel)
             ReadScaleFactorParts(bits, kSelection[selection[subband][channel]],
                                  tables::kClassFactor[frame.quantisationClass[subband][channel]], frame,
                                  channel, subband);
+    }
 }
 
 SampleLayout LayOutSamples(const Layer2Frame& frame) {
@@ -110,8 +117,10 @@ int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     frame.bound = header.JointStereoBound();
     const int table = ChooseTable(header);
     if (table != kNoTable) {
-        ReadAllocation(reader, table, frame);
-        ReadScaleFactors(reader, frame);
+        BitWindow window(reader);
+        ReadAllocation(window, table, frame);
+        ReadScaleFactors(window, frame);
+        reader.SetPosition(window.Position());
     }
     const SampleLayout layout = LayOutSamples(frame);
     GranuleSamples samples = {};

@@ -44,6 +44,11 @@ const std::uint8_t* DigitsOf(int codeBits, std::uint64_t code) {
     }
 }
 
+/// At least 57 bits, the one at `position` on top.
+std::uint64_t WindowAt(const std::uint8_t* bytes, int position) {
+    return LoadBigEndian64(bytes + (position >> 3)) << (position & 7);
+}
+
 } // namespace
 
 void SampleLayout::Add(int quantisationClass, int channel, int subband) {
@@ -64,9 +69,11 @@ void SampleLayout::AddShared(int quantisationClass, int subband) {
 }
 
 void ReadSamples(BitReader& bits, const SampleLayout& layout, GranuleSamples& samples) {
-    const int start = bits.Position();
+    // From the first zero behind the body's end on, one bit is like the other; a granule has room there.
+    const int start = std::min(bits.Position(), bits.SizeInBits());
+    const std::uint8_t* bytes = bits.Bytes();
     for (const SampleLayout::Code& code : layout.single_.Codes()) {
-        const std::uint64_t window = bits.WindowAt(start + code.offset);
+        const std::uint64_t window = WindowAt(bytes, start + code.offset);
         const std::uint64_t mask = (std::uint64_t{1} << code.bits) - 1;
         auto& value = samples.value[code.channel];
         value[0][code.subband] = static_cast<std::int32_t>(window >> (64 - code.bits));
@@ -74,7 +81,7 @@ void ReadSamples(BitReader& bits, const SampleLayout& layout, GranuleSamples& sa
         value[2][code.subband] = static_cast<std::int32_t>(window >> (64 - 3 * code.bits) & mask);
     }
     for (const SampleLayout::Code& code : layout.grouped_.Codes()) {
-        const std::uint64_t window = bits.WindowAt(start + code.offset);
+        const std::uint64_t window = WindowAt(bytes, start + code.offset);
         const std::uint8_t* digits = DigitsOf(code.bits, window >> (64 - code.bits));
         for (int i = 0; i < kSlotsPerGranule; ++i)
             samples.value[code.channel][i][code.subband] = digits[i];
@@ -82,7 +89,7 @@ void ReadSamples(BitReader& bits, const SampleLayout& layout, GranuleSamples& sa
     for (int i = 0; i < kSlotsPerGranule; ++i)
         std::copy(samples.value[0][i] + layout.firstShared_, std::end(samples.value[0][i]),
                   samples.value[1][i] + layout.firstShared_);
-    bits.SetPosition(start + layout.granuleBits_);
+    bits.Skip(layout.granuleBits_);
 }
 
 } // namespace trnmpa

@@ -54,7 +54,8 @@ private:
     int firstShared_ = kSubbands;
 };
 
-/// Reads the samples of one granule; those that the layout does not have are left as they are.
+/// Reads the samples of one granule; those that the layout does not have are left as they are. Behind the
+/// bits must lie AMPBitstream::kZerosBehind zero bytes.
 void ReadSamples(BitReader& bits, const SampleLayout& layout, GranuleSamples& samples);
 
 } // namespace trnmpa

@@ -1,6 +1,7 @@
 // The decoder against the plain model on synthetic streams of every feature.
 
 #include "decoder/feature_streams.h"
+#include "decoder/frame_header.h"
 #include "decoder/stream_decode.h"
 #include "support/model/decoder_model.h"
 
@@ -45,6 +46,32 @@ TEST(DecoderAgainstModel, Layer3Features) {
 
 TEST(DecoderAgainstModel, Layer2Tables) {
     ExpectAllLikeModel(test::Layer2FeatureStreams());
+}
+
+// All ones ask for the finest quantisation of every subband: many times what the body holds. The rest reads
+// as zeros.
+TEST(DecoderAgainstModel, Layer2BodiesThatEndEarly) {
+    for (const int versionByte : {0xFD, 0xF5}) {
+        for (const int mode : {0, 1, 3}) {
+            for (int index = 16; index < 15 * 16; index += 4) {
+                const trnmpa::HeaderBytes bytes = {0xFF, static_cast<std::uint8_t>(versionByte),
+                                                   static_cast<std::uint8_t>(index),
+                                                   static_cast<std::uint8_t>(mode << 6)};
+                if (!trnmpa::IsAcceptedHeader(bytes, nullptr))
+                    continue;
+                std::vector<std::uint8_t> stream;
+                for (int frame = 0; frame < 2; ++frame) {
+                    const std::size_t end =
+                        stream.size() + static_cast<std::size_t>(trnmpa::ParseHeader(bytes).frameBytes);
+                    stream.insert(stream.end(), bytes.begin(), bytes.end());
+                    stream.resize(end, 0xFF);
+                }
+                SCOPED_TRACE(testing::Message() << versionByte << ' ' << mode << ' ' << index);
+                Totals totals;
+                ExpectLikeModel(stream, totals);
+            }
+        }
+    }
 }
 
 // Damage behind intact headers: what is read is nonsense, but it must be the model's nonsense. Some values
