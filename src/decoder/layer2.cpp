@@ -11,6 +11,8 @@ namespace trnmpa {
 
 namespace {
 
+constexpr int kSubbands = GranuleSamples::kSubbands;
+constexpr int kSlotsPerGranule = GranuleSamples::kSlots;
 constexpr int kGranules = 12;
 constexpr int kScaleFactorParts = 3;
 constexpr int kLsfTable = 4;

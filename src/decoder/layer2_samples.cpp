@@ -21,10 +21,10 @@ struct GroupTable {
     constexpr GroupTable() {
         for (int code = 0; code < 1 << Bits; ++code) {
             int rest = code;
-            for (int i = 0; i < kSlotsPerGranule; ++i, rest /= Levels)
+            for (int i = 0; i < GranuleSamples::kSlots; ++i, rest /= Levels)
                 digit[code][i] = static_cast<std::uint8_t>(rest % Levels);
         }
-        for (int i = 0; i < kSlotsPerGranule; ++i)
+        for (int i = 0; i < GranuleSamples::kSlots; ++i)
             digit[(1 << Bits) - 1][i] = (Levels - 1) / 2;
     }
 };
@@ -58,7 +58,7 @@ void SampleLayout::Add(int quantisationClass, int channel, int subband) {
                        static_cast<std::uint8_t>(channel), static_cast<std::uint8_t>(subband)};
     const bool isGrouped = IsGrouped(quantisationClass);
     (isGrouped ? grouped_ : single_).Add(code);
-    granuleBits_ += (isGrouped ? 1 : kSlotsPerGranule) * code.bits;
+    granuleBits_ += (isGrouped ? 1 : GranuleSamples::kSlots) * code.bits;
     centre_[channel][subband] = (tables::kClassLevels[quantisationClass] - 1) / 2;
 }
 
@@ -83,10 +83,10 @@ void ReadSamples(BitReader& bits, const SampleLayout& layout, GranuleSamples& sa
     for (const SampleLayout::Code& code : layout.grouped_.Codes()) {
         const std::uint64_t window = WindowAt(bytes, start + code.offset);
         const std::uint8_t* digits = DigitsOf(code.bits, window >> (64 - code.bits));
-        for (int i = 0; i < kSlotsPerGranule; ++i)
+        for (int i = 0; i < GranuleSamples::kSlots; ++i)
             samples.value[code.channel][i][code.subband] = digits[i];
     }
-    for (int i = 0; i < kSlotsPerGranule; ++i)
+    for (int i = 0; i < GranuleSamples::kSlots; ++i)
         std::copy(samples.value[0][i] + layout.firstShared_, std::end(samples.value[0][i]),
                   samples.value[1][i] + layout.firstShared_);
     bits.Skip(layout.granuleBits_);

@@ -8,18 +8,20 @@
 
 namespace trnmpa {
 
-inline constexpr int kSubbands = 32;
-inline constexpr int kSlotsPerGranule = 3;
-
 /// Samples of one granule as they were coded, 0 to levels - 1, by channel, slot and subband.
 struct GranuleSamples {
-    std::int32_t value[2][kSlotsPerGranule][kSubbands];
+    static constexpr int kSubbands = 32;
+    static constexpr int kSlots = 3;
+
+    std::int32_t value[2][kSlots][kSubbands];
 };
 
 /// Where the codes of a granule are. All granules of a frame have the same layout, so each code can be read
 /// without reading those before it.
 class SampleLayout {
 public:
+    static constexpr int kSubbands = GranuleSamples::kSubbands;
+
     /// Adds the samples that come next, of a quantisation class (0 to 17; 0 has none).
     void Add(int quantisationClass, int channel, int subband);
     /// The same for samples that serve both channels.
