@@ -155,7 +155,7 @@ std::size_t CompareFrames(std::uint64_t seed, std::size_t granules) {
 
 TEST(SpectrumComparison, WideLookupsReadWhatSingleBitsSay) {
     constexpr std::size_t kSeeds = 20;
-    constexpr std::size_t kGranules = 75'000;
+    constexpr std::size_t kGranules = 60'000;
     std::size_t differing = 0;
     for (std::uint64_t seed = 1; seed <= kSeeds; ++seed)
         differing += CompareFrames(seed, kGranules);
