@@ -26,7 +26,7 @@ struct Layer2Frame {
     bool IsShared(int subband) const { return subband >= bound; }
 };
 
-using SubbandSlots = float[2][kSlotsPerGranule][kSubbands];
+using SubbandSlots = float[2][kGranules * kSlotsPerGranule][kSubbands];
 
 int ChooseTable(const DecoderHeader& header) {
     if (header.lowSamplingFrequency != 0)
@@ -114,7 +114,8 @@ void ReadSamples(AMPBitstream& bits, int quantisationClass, std::int32_t (&sampl
     }
 }
 
-void ReadGranule(AMPBitstream& bits, const Layer2Frame& frame, int part, SubbandSlots& slots) {
+void ReadGranule(AMPBitstream& bits, const Layer2Frame& frame, int granule, SubbandSlots& slots) {
+    const int part = granule / (kGranules / kScaleFactorParts);
     for (int subband = 0; subband < frame.subbandLimit; ++subband) {
         std::int32_t samples[kSlotsPerGranule] = {};
         for (int channel = 0; channel < frame.channels; ++channel) {
@@ -125,7 +126,8 @@ void ReadGranule(AMPBitstream& bits, const Layer2Frame& frame, int part, Subband
                 ReadSamples(bits, quantisationClass, samples);
             const double factor = frame.factor[subband][channel][part];
             for (int i = 0; i < kSlotsPerGranule; ++i)
-                slots[channel][i][subband] = static_cast<float>(samples[i] * factor);
+                slots[channel][granule * kSlotsPerGranule + i][subband] =
+                    static_cast<float>(samples[i] * factor);
         }
     }
 }
@@ -144,13 +146,9 @@ int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
         ReadScaleFactors(bits, frame);
     }
     SubbandSlots slots = {};
-    for (int granule = 0; granule < kGranules; ++granule) {
-        ReadGranule(bits, frame, granule / 4, slots);
-        for (int i = 0; i < kSlotsPerGranule; ++i) {
-            synthesis.SynthesiseSlot(frame.channels, slots[0][i], slots[1][i], pcm);
-            pcm += kSubbands * frame.channels;
-        }
-    }
+    for (int granule = 0; granule < kGranules; ++granule)
+        ReadGranule(bits, frame, granule, slots);
+    synthesis.Synthesise(frame.channels, kGranules * kSlotsPerGranule, slots[0][0], false, pcm);
     return kGranules * kSlotsPerGranule * kSubbands * frame.channels;
 }
 

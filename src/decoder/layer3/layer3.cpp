@@ -61,13 +61,7 @@ void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInf
         SynthesiseHybrid(granuleInfo, LayoutOf(header, granuleInfo), nonZeroCount_[channel],
                          spectrum_[channel], overlap_[channel], slots_[channel]);
     }
-    for (int slot = 0; slot < kLinesPerSubband; ++slot, pcm += kSubbands * header.channels) {
-        const bool invertFrequency = slot % 2 != 0;
-        if (header.channels == 1)
-            synthesis.SynthesiseMono(slots_[0][slot], invertFrequency, pcm);
-        else
-            synthesis.SynthesiseStereo(slots_[0][slot], slots_[1][slot], invertFrequency, pcm);
-    }
+    synthesis.Synthesise(header.channels, kLinesPerSubband, slots_[0][0], true, pcm);
 }
 
 } // namespace trnmpa

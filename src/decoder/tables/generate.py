@@ -27,10 +27,11 @@ def nested(values):
     return str(values)
 
 
-def array(kind, name, shape, values, comment):
+def array(kind, name, shape, values, comment, alignment=0):
     extent = ''.join('[%d]' % n for n in shape)
     body = ',\n    '.join(nested(v) for v in values)
-    return '// %s\ninline constexpr %s %s%s = {\n    %s};\n' % (comment, kind, name, extent, body)
+    aligned = 'alignas(%d) ' % alignment if alignment else ''
+    return '// %s\n%sinline constexpr %s %s%s = {\n    %s};\n' % (comment, aligned, kind, name, extent, body)
 
 
 def write(folder, name, parts):
@@ -181,12 +182,25 @@ def hybrid_tables():
 
 def synthesis_tables():
     numerators = [int(r['numerator']) for r in rows('synthesis_window')]
-    taps = [[as_float(Decimal(numerators[32 * k + n]) / 65536) for n in range(32)] for k in range(16)]
+
+    def tap(k, n, sign=1):
+        return as_float(Decimal(sign * numerators[32 * k + n]) / 65536)
+
+    def folded(k):
+        return ([tap(k, n, 1 if k % 2 == 0 else -1) for n in range(16)] + ['0.0f'] +
+                [tap(k, 32 - n, -1) for n in range(1, 16)])
 
     def half_secants(n):
         return [as_float(1 / (2 * cos((2 * i + 1) * PI / (2 * n)))) for i in range(n // 2)]
 
-    return [array('float', 'kSynthesisWindow', (16, 32), taps, 'D[32k + n] of table B.3 as [k][n].')] + [
+    return [
+        array('float', 'kSynthesisWindow', (16, 32), [[tap(k, n) for n in range(32)] for k in range(16)],
+              'D[32k + n] of table B.3 as [k][n].'),
+        array('float', 'kFoldedWindow', (16, 32), [folded(k) for k in range(16)],
+              'D[32k + n] for even k, -D[32k + n] for odd k, n = 0..15; a zero; -D[32k + 32 - n], n = 1..15.',
+              alignment=32),
+        array('float', 'kCentreWindow', (8,), [tap(k, 16, -1) for k in range(1, 16, 2)], '-D[32k + 16] for odd k.'),
+    ] + [
         array('float', 'kHalfSecant%d' % n, (n // 2,), half_secants(n),
               '1 / (2 cos((2i + 1) pi / %d)).' % (2 * n)) for n in (32, 16, 8, 4, 2)]
 
