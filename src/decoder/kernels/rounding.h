@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 
@@ -7,13 +8,16 @@ namespace trnmpa {
 
 /// Rounds to the nearest integer, ties to even, and clips to 16 bits.
 inline std::int16_t RoundToPcm(float sample) {
-    // Clipping first gives the same integers and keeps any finite sample within the reach of the addition,
-    // which leaves the rounded integer in the low bits of the sum's mantissa.
-    constexpr double kRoundingBias = 6755399441055744.0; // 1.5 * 2^52
-    const float above = sample > -32768.0f ? sample : -32768.0f;
-    const float clipped = above < 32767.0f ? above : 32767.0f;
-    const double biased = static_cast<double>(clipped) + kRoundingBias;
-    return static_cast<std::int16_t>(std::bit_cast<std::uint64_t>(biased) & 0xFFFFu);
+    // The bits of floats stand in the order of their magnitudes, so that integers without branches can clip
+    // them: as signed ones the positive, as unsigned ones the negative.
+    constexpr auto kLargest = std::bit_cast<std::int32_t>(32767.0f);
+    constexpr auto kSmallest = std::bit_cast<std::uint32_t>(-32768.0f);
+    const std::int32_t below = std::min(std::bit_cast<std::int32_t>(sample), kLargest);
+    const std::uint32_t clipped = std::min(static_cast<std::uint32_t>(below), kSmallest);
+    // The addition leaves the rounded integer in the low bits of the sum's mantissa.
+    constexpr float kRoundingBias = 12582912.0f; // 1.5 * 2^23
+    const float biased = std::bit_cast<float>(clipped) + kRoundingBias;
+    return static_cast<std::int16_t>(std::bit_cast<std::uint32_t>(biased) & 0xFFFFu);
 }
 
 } // namespace trnmpa

@@ -2,6 +2,8 @@
 #include "decoder/kernels/rounding.h"
 #include "decoder/tables/synthesis_tables.h"
 
+#include <algorithm>
+
 namespace trnmpa::plain {
 
 // The standard windows a vector of 64 values per slot. With C the 32 transform values of the slot that is k
@@ -16,14 +18,6 @@ namespace trnmpa::plain {
 
 namespace {
 
-/// sums[n] for output n, sums[16 + n] for output 32 - n. Loops that a compiler turns into vector code.
-void AddTaps(const float* taps, const float* values, float* sums) {
-    for (int n = 0; n < 16; ++n)
-        sums[n] += taps[n] * values[n];
-    for (int n = 0; n < 16; ++n)
-        sums[16 + n] += taps[16 + n] * values[n];
-}
-
 float WindowCentre(const float* newest) {
     float sum = 0;
     for (int k = 1; k < 16; k += 2)
@@ -31,32 +25,54 @@ float WindowCentre(const float* newest) {
     return sum;
 }
 
-void WindowSlot(const float* newestRow, const float* newestCentre, std::int16_t* outputs) {
+/// Sums for output n at n, for output 32 - n at 16 + n; at 16, where the taps are zeros, for output 16. The
+/// loops here and below are such that compilers turn them into vector code.
+void WindowRow(const float* newestRow, const float* newestCentre, float* output) {
     float sums[32] = {};
-    for (int k = 0; k < 16; ++k)
-        AddTaps(tables::kFoldedWindow[k], newestRow - 32 * k + k % 2 * 16, sums);
-    // There is no output 32.
     sums[16] = WindowCentre(newestCentre);
-    std::int16_t rounded[32];
+    for (int k = 0; k < 16; ++k) {
+        const float* taps = tables::kFoldedWindow[k];
+        const float* values = newestRow - 32 * k + k % 2 * 16;
+        for (int n = 0; n < 16; ++n)
+            sums[n] += taps[n] * values[n];
+        for (int n = 0; n < 16; ++n)
+            sums[16 + n] += taps[16 + n] * values[n];
+    }
     for (int n = 0; n < 32; ++n)
-        rounded[n] = RoundToPcm(sums[n]);
-    for (int n = 0; n < 16; ++n)
-        outputs[n] = rounded[n];
-    outputs[16] = rounded[16];
-    for (int n = 1; n < 16; ++n)
-        outputs[32 - n] = rounded[16 + n];
+        output[n] = sums[n];
+}
+
+/// Rounds and puts in order what WindowRow has left.
+void RoundRows(const float* sums, int count, std::int16_t* outputs) {
+    std::int16_t rounded[kMaximumSlots * 32];
+    for (int i = 0; i < 32 * count; ++i)
+        rounded[i] = RoundToPcm(sums[i]);
+    for (int slot = 0; slot < count; ++slot) {
+        const std::int16_t* row = rounded + 32 * slot;
+        outputs = std::copy_n(row, 17, outputs);
+        outputs = std::reverse_copy(row + 17, row + 32, outputs);
+    }
+}
+
+void WindowChannel(const SynthesisRows& source, int count, std::int16_t* outputs) {
+    float sums[kMaximumSlots * 32];
+    for (int slot = 0; slot < count; ++slot)
+        WindowRow(source.row + 32 * slot, source.centre + slot, sums + 32 * slot);
+    RoundRows(sums, count, outputs);
 }
 
 } // namespace
 
 void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm) {
-    for (int slot = 0; slot < count; ++slot, pcm += 32 * channels) {
-        std::int16_t outputs[2][32];
-        for (int channel = 0; channel < channels; ++channel)
-            WindowSlot(source[channel].row + 32 * slot, source[channel].centre + slot, outputs[channel]);
-        for (int n = 0; n < 32; ++n)
-            for (int channel = 0; channel < channels; ++channel)
-                pcm[n * channels + channel] = outputs[channel][n];
+    if (channels == 1)
+        return WindowChannel(source[0], count, pcm);
+    std::int16_t left[kMaximumSlots * 32];
+    std::int16_t right[kMaximumSlots * 32];
+    WindowChannel(source[0], count, left);
+    WindowChannel(source[1], count, right);
+    for (int i = 0; i < 32 * count; ++i) {
+        pcm[2 * i] = left[i];
+        pcm[2 * i + 1] = right[i];
     }
 }
 

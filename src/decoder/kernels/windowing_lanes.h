@@ -11,38 +11,39 @@ namespace {
 inline constexpr int kWindowedRows = 4;
 
 /// Sums of output n at [n], of output 32 - n at [16 + n], of output 16 at [32]; none at [16].
-using WindowSums = float[33];
+struct alignas(32) WindowSums {
+    float of[33];
+};
 
-/// Outputs first to first + lanes - 1 of a row and those with which they share their values.
-template <typename Lanes>
+/// Where the values for taps k lie, counted from the newest row: in the first half of a row for even k, in
+/// the second for odd k. Read from a table, they keep the compiler from taking two steps at once, for which
+/// there are not registers enough.
+constexpr std::ptrdiff_t kHalfRow[16] = {0,    -16,  -64,  -80,  -128, -144, -192, -208,
+                                         -256, -272, -320, -336, -384, -400, -448, -464};
+
+/// Outputs first to first + lanes - 1 of four rows, and those with which they share their values. Row i is
+/// that of slot i / channels and channel i % channels from newest[channel] on.
+template <typename Lanes, int kChannels>
 inline void WindowBlock(const float* const* newest, int first, WindowSums* sums) {
     Lanes low[kWindowedRows];
     Lanes high[kWindowedRows];
     for (int i = 0; i < kWindowedRows; ++i)
         low[i] = high[i] = Lanes(0.0f);
-    const auto addTaps = [&](const float* taps, int offset) {
+    const float* const rows[2] = {newest[0] + first, newest[1] + first};
+    const float* taps = tables::kFoldedWindow[0] + first;
+    for (int k = 0; k < 16; ++k, taps += 32) {
         const Lanes lowTaps = Lanes::Load(taps);
         const Lanes highTaps = Lanes::Load(taps + 16);
         for (int i = 0; i < kWindowedRows; ++i) {
-            const Lanes values = Lanes::Load(newest[i] + offset);
+            const Lanes values = Lanes::Load(rows[i % kChannels] + kHalfRow[k] + i / kChannels * 32);
             low[i] = low[i] + lowTaps * values;
             high[i] = high[i] + highTaps * values;
         }
-    };
-    for (int k = 0; k < 16; k += 2) {
-        addTaps(tables::kFoldedWindow[k] + first, first - 32 * k);
-        addTaps(tables::kFoldedWindow[k + 1] + first, first - 32 * (k + 1) + 16);
     }
     for (int i = 0; i < kWindowedRows; ++i) {
-        low[i].Store(sums[i] + first);
-        high[i].Store(sums[i] + 16 + first);
+        low[i].Store(sums[i].of + first);
+        high[i].Store(sums[i].of + 16 + first);
     }
-}
-
-template <typename Lanes>
-inline void WindowRows(const float* const* newest, WindowSums* sums) {
-    for (int first = 0; first < 16; first += Lanes::kCount)
-        WindowBlock<Lanes>(newest, first, sums);
 }
 
 /// Output 16 of `count` rows, with lanes across rows; up to lanes - 1 more are written.
@@ -58,18 +59,24 @@ inline void WindowCentres(const float* newest, int count, float* centres) {
 
 using Centres = float[kMaximumSlots + SynthesisMemory::kPadding];
 
-/// Windows the four rows of two slots and two channels, or of four slots, from `slot` on.
-template <typename Lanes>
-inline void WindowSlotsFrom(const SynthesisRows* source, const Centres* centres, int channels, int slot,
-                            WindowSums* sums) {
-    const float* newest[kWindowedRows];
-    for (int i = 0; i < kWindowedRows; ++i) {
-        const int channel = i % channels;
-        const int offset = slot + i / channels;
-        newest[i] = source[channel].row + 32 * offset;
-        sums[i][32] = centres[channel][offset];
+/// Windows all rows and hands the sums of four to `store`, with the place of their PCM.
+template <typename Lanes, int kChannels, typename Store>
+inline void WindowInFours(const SynthesisRows* source, int count, std::int16_t* pcm, Store store) {
+    constexpr int kStep = kWindowedRows / kChannels;
+    Centres centres[kChannels];
+    for (int channel = 0; channel < kChannels; ++channel)
+        WindowCentres<Lanes>(source[channel].centre, count, centres[channel]);
+    for (int next = 0; next < count; next += kStep) {
+        // The last round may do some slots again.
+        const int slot = next + kStep <= count ? next : count - kStep;
+        const float* const newest[2] = {source[0].row + 32 * slot, source[kChannels - 1].row + 32 * slot};
+        WindowSums sums[kWindowedRows];
+        for (int first = 0; first < 16; first += Lanes::kCount)
+            WindowBlock<Lanes, kChannels>(newest, first, sums);
+        for (int i = 0; i < kWindowedRows; ++i)
+            sums[i].of[32] = centres[i % kChannels][slot + i / kChannels];
+        store(sums, pcm + 32 * kChannels * slot);
     }
-    WindowRows<Lanes>(newest, sums);
 }
 
 } // namespace
