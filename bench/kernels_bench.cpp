@@ -77,10 +77,10 @@ void InverseMdct(benchmark::State& state, const trnmpa::KernelTable& kernels) {
 }
 
 void DoubleSamples(benchmark::State& state, const trnmpa::KernelTable& kernels) {
-    std::vector<std::int16_t> samples(std::size_t{2} * kLines, std::int16_t{20000});
-    std::vector<std::int16_t> output(samples.size());
+    std::vector<std::uint8_t> samples(std::size_t{4} * kLines, std::uint8_t{20});
+    std::vector<std::uint8_t> output(samples.size());
     for (auto _ : state) {
-        kernels.doubleSamples(samples.data(), samples.size(), output.data());
+        kernels.doubleSamples(samples.data(), samples.size() / 2, output.data());
         benchmark::ClobberMemory();
     }
     CountSamples(state, 2 * kLines);

@@ -152,11 +152,11 @@ TEST_P(KernelEquality, InverseMdct) {
 TEST_P(KernelEquality, DoubleSamples) {
     std::mt19937 engine(15);
     for (std::size_t count = 0; count < 100; ++count) {
-        std::vector<std::int16_t> samples(count + 1);
-        for (std::int16_t& sample : samples)
-            sample = static_cast<std::int16_t>(engine());
-        // In place, at any alignment; the sample in front stays.
-        std::vector<std::int16_t> expected = samples;
+        std::vector<std::uint8_t> samples(2 * count + 3);
+        for (std::uint8_t& byte : samples)
+            byte = static_cast<std::uint8_t>(engine());
+        // In place, at an odd address; the bytes around them stay.
+        std::vector<std::uint8_t> expected = samples;
         Kernels().doubleSamples(samples.data() + 1, count, samples.data() + 1);
         PlainKernels().doubleSamples(expected.data() + 1, count, expected.data() + 1);
         ASSERT_NO_FATAL_FAILURE(ExpectSameBits(samples, expected));

@@ -231,7 +231,8 @@ TEST_P(KernelFormula, DoublingClampsSymmetrically) {
     for (int value = -32768; value <= 32767; ++value)
         samples.push_back(static_cast<std::int16_t>(value));
     std::vector<std::int16_t> doubled(samples.size());
-    Kernels().doubleSamples(samples.data(), samples.size(), doubled.data());
+    Kernels().doubleSamples(reinterpret_cast<const std::uint8_t*>(samples.data()), samples.size(),
+                            reinterpret_cast<std::uint8_t*>(doubled.data()));
     for (std::size_t i = 0; i < samples.size(); ++i)
         ASSERT_EQ(doubled[i], std::clamp(2 * samples[i], -32767, 32767)) << samples[i];
 }

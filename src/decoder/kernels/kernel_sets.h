@@ -13,7 +13,7 @@ void TransformSlots(const float* slots, int channels, int count, bool invertFreq
 void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
 void ReduceAliases(float* spectrum, int boundaries);
 void InverseMdct(const float* lines, int blockType, int count, float* overlap, float* slots);
-void DoubleSamples(const std::int16_t* samples, std::size_t count, std::int16_t* output);
+void DoubleSamples(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
 
 } // namespace plain
 
@@ -25,7 +25,7 @@ void TransformSlots(const float* slots, int channels, int count, bool invertFreq
 void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
 void ReduceAliases(float* spectrum, int boundaries);
 void InverseMdct(const float* lines, int blockType, int count, float* overlap, float* slots);
-void DoubleSamples(const std::int16_t* samples, std::size_t count, std::int16_t* output);
+void DoubleSamples(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
 
 } // namespace sse2
 
@@ -36,7 +36,7 @@ void TransformSlots(const float* slots, int channels, int count, bool invertFreq
 void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
 void ReduceAliases(float* spectrum, int boundaries);
 void InverseMdct(const float* lines, int blockType, int count, float* overlap, float* slots);
-void DoubleSamples(const std::int16_t* samples, std::size_t count, std::int16_t* output);
+void DoubleSamples(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
 
 } // namespace avx2
 

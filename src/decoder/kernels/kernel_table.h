@@ -46,8 +46,9 @@ struct KernelTable {
     /// with the second half of the window. Double precision inside.
     void (*inverseMdct)(const float* lines, int blockType, int count, float* overlap, float* slots);
 
-    /// Doubles 16-bit samples and clamps them to -32767..32767. The areas may be the same.
-    void (*doubleSamples)(const std::int16_t* samples, std::size_t count, std::int16_t* output);
+    /// Doubles `count` 16-bit samples, at any address, and clamps them to -32767..32767. The areas may be the
+    /// same.
+    void (*doubleSamples)(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
 };
 
 /// Instruction sets beyond what every processor of the architecture has, as bits of a mask.
