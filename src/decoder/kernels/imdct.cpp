@@ -13,7 +13,7 @@ void TransformSubband(const float* lines, int blockType, float* overlap, float* 
     if (blockType == 2)
         ExpandShort(wide, x);
     else
-        ExpandLong(wide, tables::kImdctWindow[blockType], x);
+        ExpandLong(wide, tables::kLongWindow[blockType], x);
     for (int i = 0; i < 18; ++i) {
         slots[i * kSubbands] = static_cast<float>(static_cast<double>(overlap[i * kSubbands]) + x[i]);
         overlap[i * kSubbands] = static_cast<float>(x[18 + i]);

@@ -98,14 +98,15 @@ inline void InvertedDct4Of6(const Lanes* lines, Lanes* z) {
         z[n] = z[n] - z[n - 1];
 }
 
-/// Unfolds the DCT-IV of the long lines to 36 values and windows them: x[i] = -y[i + 9], x[17 - i] = y[i +
-/// 9], x[26 - i] = y[i], x[27 + i] = y[i] for i = 0..8, by the negated window.
+/// Unfolds the DCT-IV of the long lines to 36 values and windows them. For i = 0..8, by the true window,
+/// x[i] = y[i + 9], x[17 - i] = -y[i + 9], x[26 - i] = -y[i], x[27 + i] = -y[i]; `window` has the signs in
+/// it.
 template <typename Lanes>
 inline void ExpandLong(const Lanes* lines, const double* window, Lanes* x) {
     Lanes y[18];
     InvertedDct4Of18(lines, y);
     for (int i = 0; i < 9; ++i) {
-        x[i] = y[i + 9] * Lanes(-window[i]);
+        x[i] = y[i + 9] * Lanes(window[i]);
         x[17 - i] = y[i + 9] * Lanes(window[17 - i]);
         x[26 - i] = y[i] * Lanes(window[26 - i]);
         x[27 + i] = y[i] * Lanes(window[27 + i]);
@@ -115,7 +116,7 @@ inline void ExpandLong(const Lanes* lines, const double* window, Lanes* x) {
 /// Lays the three windowed short transforms, 6 values apart, into 36 values.
 template <typename Lanes>
 inline void ExpandShort(const Lanes* lines, Lanes* x) {
-    const double* window = tables::kImdctWindow[2];
+    const double* window = tables::kShortWindow;
     for (int i = 0; i < 36; ++i)
         x[i] = Lanes(0.0);
     for (int j = 0; j < 3; ++j) {
@@ -140,7 +141,7 @@ inline void TransformSubbands(const float* lines, int blockType, float* overlap,
     if (blockType == 2)
         ExpandShort(wide, x);
     else
-        ExpandLong(wide, tables::kImdctWindow[blockType], x);
+        ExpandLong(wide, tables::kLongWindow[blockType], x);
     for (int i = 0; i < 18; ++i) {
         (Lanes::LoadFloats(overlap + i * kSubbands) + x[i]).StoreFloats(slots + i * kSubbands);
         x[18 + i].StoreFloats(overlap + i * kSubbands);

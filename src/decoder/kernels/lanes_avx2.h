@@ -92,15 +92,20 @@ struct Doubles4 {
     static void LoadLines(const float* lines, Doubles4* x) {
         for (int i = 0; i < 16; i += 4)
             LoadSquare(lines + i, x + i);
-        // The last square overlaps the one before.
-        Doubles4 last[4];
-        LoadSquare(lines + 14, last);
-        x[16] = last[2];
-        x[17] = last[3];
+        const __m128 low = LoadPairs(lines + 16);
+        const __m128 high = LoadPairs(lines + 18 * 2 + 16);
+        x[16] = Doubles4(_mm256_cvtps_pd(_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0))));
+        x[17] = Doubles4(_mm256_cvtps_pd(_mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))));
     }
 
 private:
     static __m128 Reversed(__m128 x) { return _mm_shuffle_ps(x, x, _MM_SHUFFLE(0, 1, 2, 3)); }
+
+    /// Two elements of a row and the two below them.
+    static __m128 LoadPairs(const float* p) {
+        const __m128d first = _mm_load_sd(reinterpret_cast<const double*>(p));
+        return _mm_castpd_ps(_mm_loadh_pd(first, reinterpret_cast<const double*>(p + 18)));
+    }
 
     static void LoadSquare(const float* lines, Doubles4* x) {
         __m128 row[4];

@@ -149,16 +149,17 @@ def hybrid_tables():
     root = [(1 + v * v).sqrt() for v in c]
 
     def window(block_type):
-        long_sine = [-sin((i + Decimal('0.5')) * PI / 36) for i in range(36)]
-        if block_type == 0:
-            return long_sine
+        sine = [sin((i + Decimal('0.5')) * PI / 36) for i in range(36)]
         if block_type == 1:
-            falling = [-sin((i + Decimal('0.5') - 18) * PI / 12) for i in range(24, 30)]
-            return long_sine[:18] + [Decimal(-1)] * 6 + falling + [Decimal(0)] * 6
+            falling = [sin((i + Decimal('0.5') - 18) * PI / 12) for i in range(24, 30)]
+            return sine[:18] + [Decimal(1)] * 6 + falling + [Decimal(0)] * 6
         if block_type == 3:
-            rising = [-sin((i + Decimal('0.5') - 6) * PI / 12) for i in range(6, 12)]
-            return [Decimal(0)] * 6 + rising + [Decimal(-1)] * 6 + long_sine[18:]
-        return [sin((i + Decimal('0.5')) * PI / 12) for i in range(12)] + [Decimal(0)] * 24
+            rising = [sin((i + Decimal('0.5') - 6) * PI / 12) for i in range(6, 12)]
+            return [Decimal(0)] * 6 + rising + [Decimal(1)] * 6 + sine[18:]
+        return sine
+
+    def unfolded(block_type):
+        return [v if i < 9 else -v for i, v in enumerate(window(block_type))]
 
     def two_cos(count, divisor):
         return [as_double(2 * cos((2 * i + 1) * PI / divisor)) for i in range(count)]
@@ -175,8 +176,10 @@ def hybrid_tables():
         array('double', 'kTwoCos12', (3,), two_cos(3, 12), '2 cos((2i + 1) pi / 12).'),
         array('double', 'kCosDegrees', (5,), degrees(30, 40, 50, 70, 80),
               'cos of 30, 40, 50, 70 and 80 degrees: all that cos(2j (2i + 1) pi / 36) needs.'),
-        array('double', 'kImdctWindow', (4, 36), [[as_double(v) for v in window(t)] for t in range(4)],
-              'Windows by block type, long ones negated; that of type 2 has 12 values.'),
+        array('double', 'kLongWindow', (4, 36), [[as_double(v) for v in unfolded(t)] for t in range(4)],
+              'Windows by block type (that of type 2 is never used), negated from the tenth value on.'),
+        array('double', 'kShortWindow', (12,), [as_double(sin((i + Decimal('0.5')) * PI / 12)) for i in range(12)],
+              'sin((2i + 1) pi / 24).'),
     ]
 
 
