@@ -4,6 +4,7 @@
 #include "decoder/layer3/reorder.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace trnmpa {
 
@@ -26,8 +27,7 @@ int ReduceGranuleAliases(const GranuleInfo& info, int nonZeroCount, Spectrum spe
 }
 
 /// The first two subbands of a mixed block are long ones whatever the rest is.
-void TransformMixed(int blockType, int count, Spectrum spectrum, OverlapBuffer& overlap,
-                    GranuleSlots& slots) {
+void TransformMixed(int blockType, int count, Spectrum spectrum, GranuleSlots& overlap, GranuleSlots& slots) {
     constexpr int kLongSubbands = 2;
     const KernelTable& plain = PlainKernels();
     plain.inverseMdct(spectrum.data(), 0, kLongSubbands, overlap[0], slots[0]);
@@ -39,17 +39,29 @@ void TransformMixed(int blockType, int count, Spectrum spectrum, OverlapBuffer& 
 }
 
 /// What subbands of zeros come to: the old overlap comes out and none remains.
-void FlushOverlap(int first, OverlapBuffer& overlap, GranuleSlots& slots) {
+void FlushOverlap(int first, HybridMemory& memory, GranuleSlots& slots) {
+    const int end = std::max(first, memory.overlapEnd);
     for (int i = 0; i < kLinesPerSubband; ++i) {
-        std::copy(overlap[i] + first, overlap[i] + kSubbands, slots[i] + first);
-        std::fill(overlap[i] + first, overlap[i] + kSubbands, 0.0f);
+        float* overlap = memory.overlap[i];
+        for (int subband = first; subband < end; ++subband)
+            slots[i][subband] = std::exchange(overlap[subband], 0.0f);
+        for (int subband = end; subband < memory.slotsEnd; ++subband)
+            slots[i][subband] = 0.0f;
     }
+    memory.overlapEnd = first;
+    memory.slotsEnd = end;
 }
 
 } // namespace
 
+void HybridMemory::ClearOverlap() {
+    for (float(&row)[kSubbands] : overlap)
+        std::ranges::fill(row, 0.0f);
+    overlapEnd = 0;
+}
+
 void SynthesiseHybrid(const GranuleInfo& info, const BandLayout& layout, int nonZeroCount, Spectrum spectrum,
-                      OverlapBuffer& overlap, GranuleSlots& slots) {
+                      HybridMemory& memory, GranuleSlots& slots) {
     if (info.IsShort())
         nonZeroCount = ReorderShortBlocks(layout, nonZeroCount, spectrum);
     nonZeroCount = ReduceGranuleAliases(info, nonZeroCount, spectrum);
@@ -57,10 +69,10 @@ void SynthesiseHybrid(const GranuleInfo& info, const BandLayout& layout, int non
     const int count = (nonZeroCount + kLinesPerGroup - 1) / kLinesPerGroup * kSubbandGroup;
     const auto blockType = static_cast<int>(info.blockType);
     if (count > 0 && info.mixedBlock != 0 && blockType != 0)
-        TransformMixed(blockType, count, spectrum, overlap, slots);
+        TransformMixed(blockType, count, spectrum, memory.overlap, slots);
     else
-        Kernels().inverseMdct(spectrum.data(), blockType, count, overlap[0], slots[0]);
-    FlushOverlap(count, overlap, slots);
+        Kernels().inverseMdct(spectrum.data(), blockType, count, memory.overlap[0], slots[0]);
+    FlushOverlap(count, memory, slots);
 }
 
 } // namespace trnmpa

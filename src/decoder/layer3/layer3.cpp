@@ -6,12 +6,11 @@
 #include "decoder/layer3/scale_factors.h"
 #include "decoder/layer3/stereo.h"
 
-#include <cstring>
-
 namespace trnmpa {
 
 void Layer3Decoder::Reset() {
-    std::memset(overlap_, 0, sizeof overlap_);
+    for (HybridMemory& memory : memory_)
+        memory.ClearOverlap();
 }
 
 int Layer3Decoder::DecodeFrame(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info,
@@ -59,7 +58,7 @@ void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInf
     for (int channel = 0; channel < header.channels; ++channel) {
         const GranuleInfo& granuleInfo = info.granule[granule][channel];
         SynthesiseHybrid(granuleInfo, LayoutOf(header, granuleInfo), nonZeroCount_[channel],
-                         spectrum_[channel], overlap_[channel], slots_[channel]);
+                         spectrum_[channel], memory_[channel], slots_[channel]);
     }
     synthesis.Synthesise(header.channels, kLinesPerSubband, slots_[0][0], true, pcm);
 }

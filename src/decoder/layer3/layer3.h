@@ -28,7 +28,7 @@ private:
     void SynthesiseGranule(const DecoderHeader& header, const SideInfo& info, int granule,
                            SynthesisBank& synthesis, std::int16_t* pcm);
 
-    alignas(32) OverlapBuffer overlap_[2] = {};
+    HybridMemory memory_[2];
     ScaleFactors factors_[2];
     float spectrum_[2][kGranuleLines] = {};
     int nonZeroCount_[2] = {};
