@@ -1,42 +1,19 @@
-#include "decoder/kernels/cosine_transform_lanes.h"
 #include "decoder/kernels/kernel_sets.h"
+#include "decoder/kernels/lanes_plain.h"
+#include "decoder/kernels/transform_slots_lanes.h"
 
 namespace trnmpa::plain {
 
-namespace {
-
-void StoreRow(const float* c, float* row, float* centre) {
-    for (int n = 0; n < 16; ++n) {
-        row[n] = c[16 + n];
-        row[16 + n] = c[16 - n];
-    }
-    *centre = c[0];
-}
-
-void TransformSlot(const float* slot, bool invertOddValues, float* row, float* centre) {
-    float c[32];
-    if (invertOddValues) {
-        float inverted[32];
-        for (int i = 0; i < 32; i += 2) {
-            inverted[i] = slot[i];
-            inverted[i + 1] = -slot[i + 1];
-        }
-        CosineTransform<32>(inverted, c);
-    } else {
-        CosineTransform<32>(slot, c);
-    }
-    StoreRow(c, row, centre);
-}
-
-} // namespace
-
 void TransformSlots(const float* slots, int channels, int count, bool invertFrequency,
                     const SynthesisRows* target) {
-    for (int channel = 0; channel < channels; ++channel) {
-        for (int slot = 0; slot < count; ++slot, slots += 32)
-            TransformSlot(slots, invertFrequency && slot % 2 != 0, target[channel].row + 32 * slot,
-                          target[channel].centre + slot);
-    }
+    const int all = channels * count;
+    int first = 0;
+    for (; first + 4 <= all; first += 4)
+        TransformGroup<ArrayLanes<float, 4>>(slots, first, count, invertFrequency, target);
+    for (; first + 2 <= all; first += 2)
+        TransformGroup<ArrayLanes<float, 2>>(slots, first, count, invertFrequency, target);
+    if (first < all)
+        TransformGroup<ArrayLanes<float, 1>>(slots, first, count, false, target);
 }
 
 } // namespace trnmpa::plain

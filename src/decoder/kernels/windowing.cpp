@@ -25,11 +25,10 @@ float WindowCentre(const float* newest) {
     return sum;
 }
 
-/// Sums for output n at n, for output 32 - n at 16 + n; at 16, where the taps are zeros, for output 16. The
-/// loops here and below are such that compilers turn them into vector code.
-void WindowRow(const float* newestRow, const float* newestCentre, float* output) {
+/// Sums for output n at n, for output 32 - n at 16 + n; at 16, where the taps are zeros, none. The loops here
+/// and below are such that compilers turn them into vector code.
+void WindowRow(const float* newestRow, float* output) {
     float sums[32] = {};
-    sums[16] = WindowCentre(newestCentre);
     for (int k = 0; k < 16; ++k) {
         const float* taps = tables::kFoldedWindow[k];
         const float* values = newestRow - 32 * k + k % 2 * 16;
@@ -42,7 +41,7 @@ void WindowRow(const float* newestRow, const float* newestCentre, float* output)
         output[n] = sums[n];
 }
 
-/// Rounds and puts in order what WindowRow has left.
+/// Rounds the sums of rows, output 16 at 16, and puts them in order.
 void RoundRows(const float* sums, int count, std::int16_t* outputs) {
     std::int16_t rounded[kMaximumSlots * 32];
     for (int i = 0; i < 32 * count; ++i)
@@ -57,7 +56,9 @@ void RoundRows(const float* sums, int count, std::int16_t* outputs) {
 void WindowChannel(const SynthesisRows& source, int count, std::int16_t* outputs) {
     float sums[kMaximumSlots * 32];
     for (int slot = 0; slot < count; ++slot)
-        WindowRow(source.row + 32 * slot, source.centre + slot, sums + 32 * slot);
+        WindowRow(source.row + 32 * slot, sums + 32 * slot);
+    for (int slot = 0; slot < count; ++slot)
+        sums[32 * slot + 16] = WindowCentre(source.centre + slot);
     RoundRows(sums, count, outputs);
 }
 
