@@ -33,7 +33,7 @@ void TransformSlots(benchmark::State& state, const trnmpa::KernelTable& kernels)
     trnmpa::SynthesisMemory memory[2];
     const trnmpa::SynthesisRows rows[2] = {memory[0].At(trnmpa::kPastSlots),
                                            memory[1].At(trnmpa::kPastSlots)};
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         kernels.transformSlots(slots.data(), channels, kSlots, true, rows);
         benchmark::ClobberMemory();
     }
@@ -48,7 +48,7 @@ void WindowSlots(benchmark::State& state, const trnmpa::KernelTable& kernels) {
                                            memory[1].At(trnmpa::kPastSlots)};
     kernels.transformSlots(slots.data(), channels, kSlots, true, rows);
     std::vector<std::int16_t> pcm(std::size_t{2} * kLines);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         kernels.windowSlots(rows, channels, kSlots, pcm.data());
         benchmark::ClobberMemory();
     }
@@ -57,7 +57,7 @@ void WindowSlots(benchmark::State& state, const trnmpa::KernelTable& kernels) {
 
 void ReduceAliases(benchmark::State& state, const trnmpa::KernelTable& kernels) {
     std::vector<float> spectrum = Music(kLines);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         kernels.reduceAliases(spectrum.data(), trnmpa::kSubbands - 1);
         benchmark::ClobberMemory();
     }
@@ -69,7 +69,7 @@ void InverseMdct(benchmark::State& state, const trnmpa::KernelTable& kernels) {
     const std::vector<float> lines = Music(kLines);
     std::vector<float> overlap(kLines);
     std::vector<float> slots(kLines);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         kernels.inverseMdct(lines.data(), blockType, trnmpa::kSubbands, overlap.data(), slots.data());
         benchmark::ClobberMemory();
     }
@@ -79,7 +79,7 @@ void InverseMdct(benchmark::State& state, const trnmpa::KernelTable& kernels) {
 void DoubleSamples(benchmark::State& state, const trnmpa::KernelTable& kernels) {
     std::vector<std::uint8_t> samples(std::size_t{4} * kLines, std::uint8_t{20});
     std::vector<std::uint8_t> output(samples.size());
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         kernels.doubleSamples(samples.data(), samples.size() / 2, output.data());
         benchmark::ClobberMemory();
     }

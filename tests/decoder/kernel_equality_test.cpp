@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cstring>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -45,9 +45,14 @@ private:
 template <typename T>
 void ExpectSameBits(const std::vector<T>& found, const std::vector<T>& expected) {
     ASSERT_EQ(found.size(), expected.size());
+    const auto bits = [](T value) {
+        if constexpr (std::is_same_v<T, float>)
+            return std::bit_cast<std::uint32_t>(value);
+        else
+            return value;
+    };
     for (std::size_t i = 0; i < found.size(); ++i)
-        ASSERT_EQ(std::memcmp(&found[i], &expected[i], sizeof(T)), 0)
-            << i << ": " << found[i] << " for " << expected[i];
+        ASSERT_EQ(bits(found[i]), bits(expected[i])) << i << ": " << found[i] << " for " << expected[i];
 }
 
 class KernelEquality : public test::EachKernelSet {};

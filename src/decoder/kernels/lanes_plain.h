@@ -27,7 +27,7 @@ struct ArrayLanes {
     }
 
     static ArrayLanes LoadFloats(const float* p) {
-        ArrayLanes result;
+        ArrayLanes result = {};
         for (int i = 0; i < kLanes; ++i)
             result.v[i] = static_cast<Value>(p[i]);
         return result;
@@ -71,7 +71,7 @@ struct ArrayLanes {
 private:
     template <typename Operation>
     ArrayLanes With(const ArrayLanes& b, Operation operation) const {
-        ArrayLanes result;
+        ArrayLanes result = {};
         for (int i = 0; i < kLanes; ++i)
             result.v[i] = operation(v[i], b.v[i]);
         return result;

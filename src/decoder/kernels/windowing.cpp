@@ -45,7 +45,8 @@ void WindowRow(const float* newestRow, float* output) {
 void RoundRows(const float* sums, int count, std::int16_t* outputs) {
     std::int16_t rounded[kMaximumSlots * 32];
     for (int i = 0; i < 32 * count; ++i)
-        rounded[i] = RoundToPcm(sums[i]);
+        rounded[i] =
+            RoundToPcm(sums[i]); // NOLINT(clang-analyzer-core.CallAndMessage): WindowRow sets all of a row
     for (int slot = 0; slot < count; ++slot) {
         const std::int16_t* row = rounded + 32 * slot;
         outputs = std::copy_n(row, 17, outputs);

@@ -18,8 +18,8 @@ struct alignas(32) WindowSums {
 /// Where the values for taps k lie, counted from the newest row: in the first half of a row for even k, in
 /// the second for odd k. Read from a table, they keep the compiler from taking two steps at once, for which
 /// there are not registers enough.
-constexpr std::ptrdiff_t kHalfRow[16] = {0,    -16,  -64,  -80,  -128, -144, -192, -208,
-                                         -256, -272, -320, -336, -384, -400, -448, -464};
+inline constexpr std::ptrdiff_t kHalfRow[16] = {0,    -16,  -64,  -80,  -128, -144, -192, -208,
+                                                -256, -272, -320, -336, -384, -400, -448, -464};
 
 /// Outputs first to first + lanes - 1 of four rows, and those with which they share their values. Row i is
 /// that of slot i / channels and channel i % channels from newest[channel] on.
