@@ -64,7 +64,7 @@ int DecodeLayer1(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     for (int i = 0; i < kSlotsPerFrame; ++i) {
         float slot[2][kSubbands] = {};
         ReadSlot(reader, header.channels, bound, frame, slot);
-        synthesis.SynthesiseSlot(header.channels, slot[0], slot[1], pcm + i * kSubbands * header.channels);
+        synthesis.Synthesise(header.channels, 1, slot[0], false, pcm + i * kSubbands * header.channels);
     }
     return kSlotsPerFrame * kSubbands * header.channels;
 }

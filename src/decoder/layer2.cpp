@@ -29,6 +29,8 @@ struct Layer2Frame {
     bool IsShared(int subband) const { return subband >= bound; }
 };
 
+using SubbandSlots = float[2][kGranules * kSlotsPerGranule][kSubbands];
+
 int ChooseTable(const DecoderHeader& header) {
     if (header.lowSamplingFrequency != 0)
         return kLsfTable;
@@ -126,17 +128,16 @@ int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     }
     const SampleLayout layout = LayOutSamples(frame);
     GranuleSamples samples = {};
-    float slots[2][kSlotsPerGranule][kSubbands];
+    SubbandSlots slots;
     for (int granule = 0; granule < kGranules; ++granule) {
         ReadSamples(reader, layout, samples);
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot) {
+        for (int slot = 0; slot < kSlotsPerGranule; ++slot)
             for (int channel = 0; channel < frame.channels; ++channel)
                 ScaleSamples(samples.value[channel][slot], layout.Centres(channel),
-                             frame.factor[granule / 4][channel], slots[channel][slot]);
-            synthesis.SynthesiseSlot(frame.channels, slots[0][slot], slots[1][slot], pcm);
-            pcm += kSubbands * frame.channels;
-        }
+                             frame.factor[granule / (kGranules / kScaleFactorParts)][channel],
+                             slots[channel][granule * kSlotsPerGranule + slot]);
     }
+    synthesis.Synthesise(frame.channels, kGranules * kSlotsPerGranule, slots[0][0], false, pcm);
     return kGranules * kSlotsPerGranule * kSubbands * frame.channels;
 }
 

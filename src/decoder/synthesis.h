@@ -1,35 +1,29 @@
 /// Polyphase synthesis of both channels.
 #pragma once
 
-#include "decoder/kernels/windowing.h"
+#include "decoder/kernels/synthesis_rows.h"
 
 #include <cstdint>
-#include <span>
 
 namespace trnmpa {
 
 /// The filter bank's memory, shared by the channels of one stream.
 class SynthesisBank {
 public:
-    using Slot = std::span<const float, 32>;
-
     void Reset();
 
-    /// Turns one time slot of 32 subband samples of a single channel into 32 samples at `pcm`.
-    void SynthesiseMono(Slot subbands, bool invertFrequency, std::int16_t* pcm);
-
-    /// The same for two channels: 32 interleaved pairs.
-    void SynthesiseStereo(Slot left, Slot right, bool invertFrequency, std::int16_t* pcm);
-
-    /// One time slot of one or two channels without frequency inversion, as layers I and II need it.
-    void SynthesiseSlot(int channels, Slot left, Slot right, std::int16_t* pcm);
+    /// Turns `count` (at most kMaximumSlots) time slots of 32 subband samples into 32 samples each at `pcm`,
+    /// those of two channels interleaved. `slots` holds the slots of one channel after those of the other.
+    /// `invertFrequency` is for layer III, whose slots come in even numbers (KernelTable::transformSlots).
+    void Synthesise(int channels, int count, const float* slots, bool invertFrequency, std::int16_t* pcm);
 
 private:
-    void SynthesiseChannel(int channel, Slot subbands, bool invertFrequency, std::int16_t* pcm, int stride);
-    void StepPhase() { phase_ = (phase_ - 1) & (SynthesisRing::kSlots - 1); }
+    void MakeRoom(int count);
+    void RepeatSecondChannel(int count);
 
-    SynthesisRing ring_[2];
-    int phase_ = 0;
+    SynthesisMemory memory_[2];
+    int next_ = kPastSlots;          ///< row of the next slot
+    bool usesSecondChannel_ = false; ///< since the last reset
 };
 
 } // namespace trnmpa

@@ -1,22 +1,13 @@
 #include "reader/pcm_gain.h"
 
+#include "decoder/kernels/kernel_table.h"
+
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 namespace trnmpa {
 
 namespace {
-
-void Double16(std::span<const std::uint8_t> pcm, std::uint8_t* output) {
-    constexpr int kLimit = 32767;
-    for (std::size_t i = 0; i + 2 <= pcm.size(); i += 2) {
-        std::int16_t sample = 0;
-        std::memcpy(&sample, pcm.data() + i, sizeof sample);
-        const auto doubled = static_cast<std::int16_t>(std::clamp(2 * sample, -kLimit, kLimit));
-        std::memcpy(output + i, &doubled, sizeof doubled);
-    }
-}
 
 /// 24 and 32 bits, little-endian.
 void DoubleWide(std::span<const std::uint8_t> pcm, std::size_t bytes, std::uint8_t* output) {
@@ -50,7 +41,7 @@ void DoubleAmplitude(std::span<const std::uint8_t> pcm, std::uint16_t bitsPerSam
     case 8:
         return Double8(pcm, output);
     case 16:
-        return Double16(pcm, output);
+        return Kernels().doubleSamples(pcm.data(), pcm.size() / 2, output);
     case 24:
     case 32:
         return DoubleWide(pcm, bytes, output);

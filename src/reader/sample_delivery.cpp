@@ -70,10 +70,6 @@ std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::si
         return kDecodeFailed;
     }
     data = pcm;
-    if (stream_.layout.frame.layer == 3 && frames_->HalvesLayer3()) {
-        data = outputBuffer_.Require(bytes);
-        DoubleAmplitude({pcm, bytes}, 16, data);
-    }
     return kSuccess;
 }
 
@@ -182,8 +178,10 @@ bool KwMpAudioReader2::HoldFrame(bool& decoded) {
     return true;
 }
 
-/// Copies from the held frame, then decodes frame after frame. Stands before targetFrame or holds it.
+/// Copies from the held frame at full amplitude, then decodes frame after frame. Stands before targetFrame or
+/// holds it.
 bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, std::size_t bytes) {
+    const bool isHalved = stream_.layout.frame.layer == 3 && frames_->HalvesLayer3();
     bool decoded = true;
     stream_.currentFrame = stream_.targetFrame;
     for (;; offset = 0, ++stream_.currentFrame) {
@@ -194,7 +192,11 @@ bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, 
         const auto skipped = static_cast<std::size_t>(offset);
         const std::size_t available = static_cast<std::size_t>(stream_.layout.frame.pcmBytes) - skipped;
         const std::size_t copied = std::min(available, bytes);
-        std::memcpy(pcm, reinterpret_cast<const std::uint8_t*>(pcmBufferB_.get()) + skipped, copied);
+        const auto* held = reinterpret_cast<const std::uint8_t*>(pcmBufferB_.get()) + skipped;
+        if (isHalved)
+            DoubleAmplitude({held, copied}, 16, pcm);
+        else
+            std::memcpy(pcm, held, copied);
         pcm += copied;
         bytes -= copied;
         if (bytes == 0)

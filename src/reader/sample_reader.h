@@ -120,9 +120,9 @@ private:
     const std::int32_t decoderUse_; ///< the decoder selector as construction found it
     std::unique_ptr<FrameSource> frames_;
     std::unique_ptr<CMpAudioFrameBufferReader> indexSource_;
-    ByteBuffer pcmBufferA_;                      ///< the request as decoded
+    ByteBuffer pcmBufferA_;                      ///< the request
     std::unique_ptr<std::int16_t[]> pcmBufferB_; ///< the last decoded frame
-    ByteBuffer outputBuffer_;                    ///< what callers get where it is not pcmBufferA
+    ByteBuffer outputBuffer_;                    ///< silence for callers
     Stream stream_;
 };
 

@@ -2,6 +2,7 @@
 // comparison with the plain model in the same test, so that a digest cannot bless a wrong output.
 
 #include "decoder/feature_streams.h"
+#include "decoder/kernel_sets.h"
 #include "decoder/stream_decode.h"
 #include "support/digest.h"
 #include "support/model/decoder_model.h"
@@ -49,7 +50,11 @@ void ExpectGolden(const Golden& golden, const test::FeatureStream& stream) {
     EXPECT_EQ(test::Digest(std::span<const std::int16_t>(pcm)), golden.digest);
 }
 
-TEST(GoldenPcm, IsTheSameEverywhere) {
+class GoldenPcm : public test::EachKernelSet {};
+
+INSTANTIATE_TEST_SUITE_P(Sets, GoldenPcm, testing::ValuesIn(test::kEachKernelSet), test::KernelSetName);
+
+TEST_P(GoldenPcm, IsTheSameEverywhere) {
     auto streams = test::Layer3FeatureStreams();
     std::ranges::copy(test::Layer2FeatureStreams(), std::back_inserter(streams));
     for (const Golden& golden : kGolden) {

@@ -1,20 +1,17 @@
 // The fast kernels against the formulas that they shorten, in double precision.
 
-#include "decoder/kernels/alias_reduction.h"
-#include "decoder/kernels/cosine_transform.h"
-#include "decoder/kernels/imdct.h"
+#include "decoder/kernel_sets.h"
+#include "decoder/kernels/rounding.h"
 #include "decoder/kernels/stereo_lines.h"
-#include "decoder/kernels/windowing.h"
-#include "decoder/synthesis.h"
 #include "decoder/tables/synthesis_tables.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -29,22 +26,38 @@ private:
     std::mt19937 engine_;
 };
 
-TEST(CosineTransform, EqualsTheSum) {
+class KernelFormula : public test::EachKernelSet {};
+
+INSTANTIATE_TEST_SUITE_P(Sets, KernelFormula, testing::ValuesIn(test::kEachKernelSet), test::KernelSetName);
+
+constexpr int kSlots = 18;
+
+TEST_P(KernelFormula, CosineTransformEqualsTheSum) {
     Values values(1);
-    for (int round = 0; round < 50; ++round) {
-        for (const bool inverted : {false, true}) {
-            std::array<float, 32> input = {};
-            for (float& value : input)
-                value = values.Next();
-            std::array<float, 32> output = {};
-            trnmpa::CosineTransform32(input, inverted, output);
-            for (std::size_t n = 0; n < 32; ++n) {
-                double sum = 0;
-                for (std::size_t m = 0; m < 32; ++m) {
-                    const double sign = inverted && m % 2 != 0 ? -1 : 1;
-                    sum += sign * input[m] * std::cos(static_cast<double>(n * (2 * m + 1)) * kPi / 64);
+    for (const bool inverted : {false, true}) {
+        float slots[2][kSlots][32];
+        for (auto& channel : slots)
+            for (auto& slot : channel)
+                for (float& value : slot)
+                    value = values.Next();
+        trnmpa::SynthesisMemory memory[2];
+        const trnmpa::SynthesisRows rows[2] = {memory[0].At(3), memory[1].At(3)};
+        Kernels().transformSlots(slots[0][0], 2, kSlots, inverted, rows);
+        for (int channel = 0; channel < 2; ++channel) {
+            for (int slot = 0; slot < kSlots; ++slot) {
+                const float* row = rows[channel].row + 32 * slot;
+                for (int n = 0; n < 32; ++n) {
+                    double sum = 0;
+                    for (int m = 0; m < 32; ++m) {
+                        const double sign = inverted && m % 2 != 0 && slot % 2 != 0 ? -1 : 1;
+                        sum += sign * slots[channel][slot][m] * std::cos(n * (2 * m + 1) * kPi / 64);
+                    }
+                    const float found = n == 0    ? rows[channel].centre[slot]
+                                        : n <= 16 ? row[32 - n]
+                                                  : row[n - 16];
+                    ASSERT_NEAR(found, sum, 0.15) << channel << ' ' << slot << ' ' << n;
                 }
-                EXPECT_NEAR(output[n], sum, 0.15) << n;
+                EXPECT_EQ(row[0], row[16]);
             }
         }
     }
@@ -62,45 +75,28 @@ double StandardWindow(const std::vector<std::array<double, 64>>& v, int n) {
     return sum;
 }
 
-TEST(Windowing, EqualsTheStandardSynthesisInEveryPhase) {
+TEST_P(KernelFormula, SynthesisEqualsTheStandards) {
     Values values(2);
-    trnmpa::SynthesisRing ring;
     std::vector<std::array<double, 64>> history(16);
-    int phase = 0;
-    for (int slot = 0; slot < 40; ++slot) {
-        std::array<float, 32> subbands = {};
-        for (float& value : subbands)
-            value = values.Next() / 16;
-        std::array<double, 64> v = {};
-        for (std::size_t i = 0; i < 64; ++i)
-            for (std::size_t k = 0; k < 32; ++k)
-                v[i] += std::cos(static_cast<double>((16 + i) * (2 * k + 1)) * kPi / 64) * subbands[k];
-        history.insert(history.begin(), v);
-        trnmpa::CosineTransform32(subbands, false, ring.slot[phase]);
-        std::array<float, 32> output = {};
-        trnmpa::WindowSlots(ring, phase, output);
-        for (int n = 0; n < 32; ++n)
-            ASSERT_NEAR(output[static_cast<std::size_t>(n)], StandardWindow(history, n), 0.05)
-                << slot << ' ' << n;
-        phase = (phase + 15) % 16;
-    }
-}
-
-TEST(Windowing, ThePhaseDoesNotChangeABit) {
-    Values values(3);
-    trnmpa::SynthesisRing ring;
-    for (auto& slot : ring.slot)
+    float slots[36][32];
+    trnmpa::SynthesisMemory memory;
+    const trnmpa::SynthesisRows rows = memory.At(trnmpa::kPastSlots);
+    for (auto& slot : slots)
         for (float& value : slot)
-            value = values.Next();
-    std::array<float, 32> first = {};
-    trnmpa::WindowSlots(ring, 0, first);
-    for (int phase = 1; phase < 16; ++phase) {
-        trnmpa::SynthesisRing turned;
-        for (int age = 0; age < 16; ++age)
-            std::copy(std::begin(ring.slot[age]), std::end(ring.slot[age]), turned.slot[(phase + age) & 15]);
-        std::array<float, 32> output = {};
-        trnmpa::WindowSlots(turned, phase, output);
-        EXPECT_EQ(output, first) << phase;
+            value = values.Next() / 16;
+    std::array<std::int16_t, 36 * 32> pcm = {};
+    Kernels().transformSlots(slots[0], 1, 36, false, &rows);
+    Kernels().windowSlots(&rows, 1, 36, pcm.data());
+    for (int slot = 0; slot < 36; ++slot) {
+        std::array<double, 64> v = {};
+        for (int i = 0; i < 64; ++i)
+            for (int k = 0; k < 32; ++k)
+                v[static_cast<std::size_t>(i)] +=
+                    std::cos((16 + i) * (2 * k + 1) * kPi / 64) * slots[slot][k];
+        history.insert(history.begin(), v);
+        for (int n = 0; n < 32; ++n)
+            ASSERT_NEAR(pcm[static_cast<std::size_t>(32 * slot + n)], StandardWindow(history, n), 0.55)
+                << slot << ' ' << n;
     }
 }
 
@@ -117,43 +113,6 @@ TEST(Rounding, NearestTiesToEvenAndClips) {
     EXPECT_EQ(trnmpa::RoundToPcm(-1e6f), -32768);
     EXPECT_EQ(trnmpa::RoundToPcm(6e9f), 32767);
     EXPECT_EQ(trnmpa::RoundToPcm(-1e17f), -32768);
-}
-
-TEST(Synthesis, SilenceAfterResetIsExactlyZero) {
-    trnmpa::SynthesisBank bank;
-    std::array<float, 32> loud = {};
-    loud.fill(20000.0f);
-    std::array<std::int16_t, 64> pcm = {};
-    bank.SynthesiseStereo(loud, loud, false, pcm.data());
-    bank.Reset();
-    const std::array<float, 32> silence = {};
-    for (int slot = 0; slot < 20; ++slot) {
-        pcm.fill(1);
-        bank.SynthesiseStereo(silence, silence, slot % 2 != 0, pcm.data());
-        EXPECT_EQ(pcm, (std::array<std::int16_t, 64>{}));
-    }
-}
-
-TEST(Synthesis, LoudSignalsClipInsteadOfWrapping) {
-    trnmpa::SynthesisBank bank;
-    std::array<float, 32> loud = {};
-    loud[0] = 1.0e6f;
-    std::array<std::int16_t, 32> pcm = {};
-    for (int slot = 0; slot < 32; ++slot)
-        bank.SynthesiseMono(loud, false, pcm.data());
-    for (const std::int16_t value : pcm)
-        EXPECT_TRUE(value == 32767 || value == -32768) << value;
-}
-
-TEST(Synthesis, SingleChannelWritesOneValuePerSample) {
-    trnmpa::SynthesisBank bank;
-    std::array<float, 32> subbands = {};
-    subbands.fill(1000.0f);
-    std::array<std::int16_t, 40> pcm = {};
-    pcm.fill(12345);
-    bank.SynthesiseMono(subbands, false, pcm.data());
-    for (std::size_t i = 32; i < pcm.size(); ++i)
-        EXPECT_EQ(pcm[i], 12345);
 }
 
 // ISO/IEC 11172-3, 2.4.3.4.10.2 and 2.4.3.4.10.3, straight from the text.
@@ -190,49 +149,57 @@ std::array<double, 36> StandardImdct(const std::array<float, 18>& lines, int blo
     return result;
 }
 
-TEST(InverseMdct, EqualsTheSumForEveryBlockType) {
+TEST_P(KernelFormula, InverseMdctEqualsTheSumForEveryBlockType) {
+    constexpr int kCount = 8;
     Values values(4);
     for (int blockType = 0; blockType < 4; ++blockType) {
-        std::array<float, 18> lines = {};
-        std::array<float, 18> negated = {};
-        for (std::size_t i = 0; i < 18; ++i) {
-            lines[i] = values.Next();
-            negated[i] = -lines[i];
+        std::array<std::array<float, 18>, kCount> lines = {};
+        float negated[kCount][18];
+        float overlap[18][32];
+        for (std::size_t subband = 0; subband < kCount; ++subband) {
+            for (std::size_t i = 0; i < 18; ++i) {
+                lines[subband][i] = values.Next();
+                negated[subband][i] = -lines[subband][i];
+                overlap[i][subband] = values.Next();
+            }
         }
-        std::array<float, 18> overlap = {};
-        for (float& value : overlap)
-            value = values.Next();
-        const std::array<float, 18> oldOverlap = overlap;
-        float output[18 * 32] = {};
-        trnmpa::InverseMdct(negated, blockType, overlap, output, 32);
-        const auto expected = StandardImdct(lines, blockType);
-        for (std::size_t i = 0; i < 18; ++i) {
-            EXPECT_NEAR(output[32 * i], expected[i] + oldOverlap[i], 0.02) << blockType << ' ' << i;
-            EXPECT_NEAR(overlap[i], expected[18 + i], 0.02) << blockType << ' ' << i;
+        float oldOverlap[18][32];
+        std::copy_n(overlap[0], 18 * 32, oldOverlap[0]);
+        float output[18][32] = {};
+        Kernels().inverseMdct(negated[0], blockType, kCount, overlap[0], output[0]);
+        for (std::size_t subband = 0; subband < kCount; ++subband) {
+            const auto expected = StandardImdct(lines[subband], blockType);
+            for (std::size_t i = 0; i < 18; ++i) {
+                EXPECT_NEAR(output[i][subband], expected[i] + oldOverlap[i][subband], 0.02)
+                    << blockType << ' ' << i;
+                EXPECT_NEAR(overlap[i][subband], expected[18 + i], 0.02) << blockType << ' ' << i;
+            }
         }
     }
 }
 
-TEST(InverseMdct, FlushingEqualsASubbandOfZeros) {
+TEST_P(KernelFormula, SubbandsOfZerosGiveTheOldOverlap) {
     Values values(5);
-    std::array<float, 18> first = {};
-    for (float& value : first)
-        value = values.Next();
     for (int blockType = 0; blockType < 4; ++blockType) {
-        std::array<float, 18> overlap = first;
-        std::array<float, 18> flushed = first;
-        float transformed[18] = {};
-        float copied[18] = {};
-        trnmpa::InverseMdct(std::array<float, 18>{}, blockType, overlap, transformed, 1);
-        trnmpa::FlushOverlap(flushed, copied, 1);
-        for (std::size_t i = 0; i < 18; ++i) {
-            EXPECT_EQ(transformed[i], copied[i]);
-            EXPECT_EQ(overlap[i], flushed[i]);
+        const float lines[4][18] = {};
+        float overlap[18][32] = {};
+        for (auto& row : overlap)
+            for (float& value : row)
+                value = values.Next();
+        float expected[18][32];
+        std::copy_n(overlap[0], 18 * 32, expected[0]);
+        float output[18][32] = {};
+        Kernels().inverseMdct(lines[0], blockType, 4, overlap[0], output[0]);
+        for (int i = 0; i < 18; ++i) {
+            for (int subband = 0; subband < 32; ++subband) {
+                EXPECT_EQ(output[i][subband], subband < 4 ? expected[i][subband] : 0.0f);
+                EXPECT_EQ(overlap[i][subband], subband < 4 ? 0.0f : expected[i][subband]);
+            }
         }
     }
 }
 
-TEST(AliasReduction, EqualsTheButterflies) {
+TEST_P(KernelFormula, AliasReductionEqualsTheButterflies) {
     constexpr double kC[8] = {-0.6, -0.535, -0.33, -0.185, -0.095, -0.041, -0.0142, -0.0037};
     Values values(6);
     std::array<float, 576> lines = {};
@@ -240,7 +207,7 @@ TEST(AliasReduction, EqualsTheButterflies) {
         value = values.Next();
     for (const int boundaries : {0, 1, 7, 31}) {
         std::array<float, 576> reduced = lines;
-        trnmpa::ReduceAliases(reduced, boundaries);
+        Kernels().reduceAliases(reduced.data(), boundaries);
         std::array<double, 576> expected = {};
         std::copy(lines.begin(), lines.end(), expected.begin());
         for (int b = 1; b <= boundaries; ++b) {
@@ -256,6 +223,17 @@ TEST(AliasReduction, EqualsTheButterflies) {
         for (std::size_t i = 0; i < 576; ++i)
             EXPECT_NEAR(reduced[i], expected[i], 0.01) << boundaries << ' ' << i;
     }
+}
+
+TEST_P(KernelFormula, DoublingClampsSymmetrically) {
+    std::vector<std::int16_t> samples;
+    for (int value = -32768; value <= 32767; ++value)
+        samples.push_back(static_cast<std::int16_t>(value));
+    std::vector<std::int16_t> doubled(samples.size());
+    Kernels().doubleSamples(reinterpret_cast<const std::uint8_t*>(samples.data()), samples.size(),
+                            reinterpret_cast<std::uint8_t*>(doubled.data()));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        ASSERT_EQ(doubled[i], std::clamp(2 * samples[i], -32767, 32767)) << samples[i];
 }
 
 TEST(StereoLines, MidSideAndIntensity) {

@@ -11,7 +11,6 @@
 namespace {
 
 using namespace test;
-using trnmpa::AMPFrameInfo;
 
 constexpr std::int64_t kSliceTime = 400'000;
 constexpr int kFault = 17; // any code but that of the end
@@ -97,7 +96,7 @@ TEST_F(SliceFaults, InOrderTheNextSliceFollows) {
 }
 
 TEST_F(SliceFaults, OnTheWayOfAJumpToo) {
-    for (int good = 0; good < 9; ++good) {
+    for (int good = 0; good < 8; ++good) {
         failing_.SeekTo(12);
         failing_.framesLeft = good;
         const ReadSliceResult faulty = Read(failing_);

@@ -1,12 +1,12 @@
-#include "decoder/kernels/alias_reduction.h"
+#include "decoder/kernels/kernel_sets.h"
 
 #include "decoder/tables/hybrid_tables.h"
 
-namespace trnmpa {
+namespace trnmpa::plain {
 
-void ReduceAliases(std::span<float, 576> spectrum, int boundaries) {
-    float* boundary = spectrum.data() + 18;
-    for (int i = 0; i < boundaries; ++i, boundary += 18) {
+void ReduceAliases(float* spectrum, int boundaries) {
+    float* boundary = spectrum + kLinesPerSubband;
+    for (int i = 0; i < boundaries; ++i, boundary += kLinesPerSubband) {
         for (int k = 0; k < 8; ++k) {
             const double upper = boundary[-1 - k];
             const double lower = boundary[k];
@@ -16,4 +16,4 @@ void ReduceAliases(std::span<float, 576> spectrum, int boundaries) {
     }
 }
 
-} // namespace trnmpa
+} // namespace trnmpa::plain

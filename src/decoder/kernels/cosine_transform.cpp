@@ -1,65 +1,19 @@
-#include "decoder/kernels/cosine_transform.h"
+#include "decoder/kernels/kernel_sets.h"
+#include "decoder/kernels/lanes_plain.h"
+#include "decoder/kernels/transform_slots_lanes.h"
 
-#include "decoder/tables/synthesis_tables.h"
+namespace trnmpa::plain {
 
-namespace trnmpa {
-
-namespace {
-
-template <int N>
-constexpr const float* HalfSecants() {
-    if constexpr (N == 32)
-        return tables::kHalfSecant32;
-    else if constexpr (N == 16)
-        return tables::kHalfSecant16;
-    else if constexpr (N == 8)
-        return tables::kHalfSecant8;
-    else if constexpr (N == 4)
-        return tables::kHalfSecant4;
-    else
-        return tables::kHalfSecant2;
+void TransformSlots(const float* slots, int channels, int count, bool invertFrequency,
+                    const SynthesisRows* target) {
+    const int all = channels * count;
+    int first = 0;
+    for (; first + 4 <= all; first += 4)
+        TransformGroup<ArrayLanes<float, 4>>(slots, first, count, invertFrequency, target);
+    for (; first + 2 <= all; first += 2)
+        TransformGroup<ArrayLanes<float, 2>>(slots, first, count, invertFrequency, target);
+    if (first < all)
+        TransformGroup<ArrayLanes<float, 1>>(slots, first, count, false, target);
 }
 
-/// Lee: the even outputs are the half-size transform of x[i] + x[N-1-i]; with d the half-size transform of
-/// (x[i] - x[N-1-i]) / (2 cos((2i + 1) pi / 2N)), output 2k + 1 is d[k] + d[k + 1].
-template <int N>
-inline void Transform(const float* x, float* output) {
-    if constexpr (N == 1) {
-        output[0] = x[0];
-    } else {
-        constexpr int kHalf = N / 2;
-        const float* halfSecant = HalfSecants<N>();
-        float sums[kHalf];
-        float differences[kHalf];
-        for (int i = 0; i < kHalf; ++i) {
-            sums[i] = x[i] + x[N - 1 - i];
-            differences[i] = (x[i] - x[N - 1 - i]) * halfSecant[i];
-        }
-        float even[kHalf];
-        float odd[kHalf];
-        Transform<kHalf>(sums, even);
-        Transform<kHalf>(differences, odd);
-        for (int k = 0; k < kHalf; ++k)
-            output[2 * k] = even[k];
-        for (int k = 0; k < kHalf - 1; ++k)
-            output[2 * k + 1] = odd[k] + odd[k + 1];
-        output[N - 1] = odd[kHalf - 1];
-    }
-}
-
-} // namespace
-
-void CosineTransform32(std::span<const float, 32> input, bool invertOddInputs, std::span<float, 32> output) {
-    if (!invertOddInputs) {
-        Transform<32>(input.data(), output.data());
-        return;
-    }
-    float inverted[32];
-    for (std::size_t i = 0; i < 32; i += 2) {
-        inverted[i] = input[i];
-        inverted[i + 1] = -input[i + 1];
-    }
-    Transform<32>(inverted, output.data());
-}
-
-} // namespace trnmpa
+} // namespace trnmpa::plain

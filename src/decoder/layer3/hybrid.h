@@ -1,6 +1,7 @@
 /// From a granule's spectrum to its time slots: reordering, alias reduction, inverse MDCT.
 #pragma once
 
+#include "decoder/kernels/kernel_table.h"
 #include "decoder/layer3/band_layout.h"
 #include "decoder/layer3/requantise.h"
 #include "decoder/layer3/side_info.h"
@@ -9,17 +10,22 @@
 
 namespace trnmpa {
 
-inline constexpr int kSubbands = 32;
-inline constexpr int kLinesPerSubband = 18;
-
 /// 18 time slots of 32 subband samples.
 using GranuleSlots = float[kLinesPerSubband][kSubbands];
 
-/// Second half of the last granule's windows, by subband.
-using OverlapBuffer = float[kSubbands][kLinesPerSubband];
+/// What one channel keeps from granule to granule.
+struct HybridMemory {
+    /// Second half of the last granule's windows, laid out like the time slots that it is added to.
+    alignas(32) float overlap[kLinesPerSubband][kSubbands] = {};
+    int overlapEnd = 0;       ///< subbands of the overlap from here on are zero
+    int slotsEnd = kSubbands; ///< and those of the channel's time slots
 
-/// Transforms one channel's spectrum, whose lines from `nonZeroCount` on are zero.
+    void ClearOverlap();
+};
+
+/// Transforms one channel's spectrum, whose lines from `nonZeroCount` on are zero. `slots` holds what the
+/// last call left in it.
 void SynthesiseHybrid(const GranuleInfo& info, const BandLayout& layout, int nonZeroCount, Spectrum spectrum,
-                      OverlapBuffer& overlap, GranuleSlots& slots);
+                      HybridMemory& memory, GranuleSlots& slots);
 
 } // namespace trnmpa

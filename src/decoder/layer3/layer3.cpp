@@ -6,12 +6,11 @@
 #include "decoder/layer3/spectrum.h"
 #include "decoder/layer3/stereo.h"
 
-#include <cstring>
-
 namespace trnmpa {
 
 void Layer3Decoder::Reset() {
-    std::memset(overlap_, 0, sizeof overlap_);
+    for (HybridMemory& memory : memory_)
+        memory.ClearOverlap();
 }
 
 int Layer3Decoder::DecodeFrame(AMPBitstream& bits, const DecoderHeader& header, SideInfo& info,
@@ -58,15 +57,9 @@ void Layer3Decoder::SynthesiseGranule(const DecoderHeader& header, const SideInf
     for (int channel = 0; channel < header.channels; ++channel) {
         const GranuleInfo& granuleInfo = info.granule[granule][channel];
         SynthesiseHybrid(granuleInfo, LayoutOf(header, granuleInfo), nonZeroCount_[channel],
-                         spectrum_[channel], overlap_[channel], slots_[channel]);
+                         spectrum_[channel], memory_[channel], slots_[channel]);
     }
-    for (int slot = 0; slot < kLinesPerSubband; ++slot, pcm += kSubbands * header.channels) {
-        const bool invertFrequency = slot % 2 != 0;
-        if (header.channels == 1)
-            synthesis.SynthesiseMono(slots_[0][slot], invertFrequency, pcm);
-        else
-            synthesis.SynthesiseStereo(slots_[0][slot], slots_[1][slot], invertFrequency, pcm);
-    }
+    synthesis.Synthesise(header.channels, kLinesPerSubband, slots_[0][0], true, pcm);
 }
 
 } // namespace trnmpa

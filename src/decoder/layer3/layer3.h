@@ -28,11 +28,11 @@ private:
     void SynthesiseGranule(const DecoderHeader& header, const SideInfo& info, int granule,
                            SynthesisBank& synthesis, std::int16_t* pcm);
 
-    OverlapBuffer overlap_[2] = {};
+    HybridMemory memory_[2];
     ScaleFactors factors_[2];
     float spectrum_[2][kGranuleLines] = {};
     int nonZeroCount_[2] = {};
-    GranuleSlots slots_[2] = {};
+    alignas(32) GranuleSlots slots_[2] = {};
 };
 
 } // namespace trnmpa

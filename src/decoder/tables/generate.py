@@ -27,10 +27,11 @@ def nested(values):
     return str(values)
 
 
-def array(kind, name, shape, values, comment):
+def array(kind, name, shape, values, comment, alignment=0):
     extent = ''.join('[%d]' % n for n in shape)
     body = ',\n    '.join(nested(v) for v in values)
-    return '// %s\ninline constexpr %s %s%s = {\n    %s};\n' % (comment, kind, name, extent, body)
+    aligned = 'alignas(%d) ' % alignment if alignment else ''
+    return '// %s\n%sinline constexpr %s %s%s = {\n    %s};\n' % (comment, aligned, kind, name, extent, body)
 
 
 def write(folder, name, parts):
@@ -151,16 +152,17 @@ def hybrid_tables():
     root = [(1 + v * v).sqrt() for v in c]
 
     def window(block_type):
-        long_sine = [-sin((i + Decimal('0.5')) * PI / 36) for i in range(36)]
-        if block_type == 0:
-            return long_sine
+        sine = [sin((i + Decimal('0.5')) * PI / 36) for i in range(36)]
         if block_type == 1:
-            falling = [-sin((i + Decimal('0.5') - 18) * PI / 12) for i in range(24, 30)]
-            return long_sine[:18] + [Decimal(-1)] * 6 + falling + [Decimal(0)] * 6
+            falling = [sin((i + Decimal('0.5') - 18) * PI / 12) for i in range(24, 30)]
+            return sine[:18] + [Decimal(1)] * 6 + falling + [Decimal(0)] * 6
         if block_type == 3:
-            rising = [-sin((i + Decimal('0.5') - 6) * PI / 12) for i in range(6, 12)]
-            return [Decimal(0)] * 6 + rising + [Decimal(-1)] * 6 + long_sine[18:]
-        return [sin((i + Decimal('0.5')) * PI / 12) for i in range(12)] + [Decimal(0)] * 24
+            rising = [sin((i + Decimal('0.5') - 6) * PI / 12) for i in range(6, 12)]
+            return [Decimal(0)] * 6 + rising + [Decimal(1)] * 6 + sine[18:]
+        return sine
+
+    def unfolded(block_type):
+        return [v if i < 9 else -v for i, v in enumerate(window(block_type))]
 
     def two_cos(count, divisor):
         return [as_double(2 * cos((2 * i + 1) * PI / divisor)) for i in range(count)]
@@ -177,19 +179,34 @@ def hybrid_tables():
         array('double', 'kTwoCos12', (3,), two_cos(3, 12), '2 cos((2i + 1) pi / 12).'),
         array('double', 'kCosDegrees', (5,), degrees(30, 40, 50, 70, 80),
               'cos of 30, 40, 50, 70 and 80 degrees: all that cos(2j (2i + 1) pi / 36) needs.'),
-        array('double', 'kImdctWindow', (4, 36), [[as_double(v) for v in window(t)] for t in range(4)],
-              'Windows by block type, long ones negated; that of type 2 has 12 values.'),
+        array('double', 'kLongWindow', (4, 36), [[as_double(v) for v in unfolded(t)] for t in range(4)],
+              'Windows by block type (that of type 2 is never used), negated from the tenth value on.'),
+        array('double', 'kShortWindow', (12,), [as_double(sin((i + Decimal('0.5')) * PI / 12)) for i in range(12)],
+              'sin((2i + 1) pi / 24).'),
     ]
 
 
 def synthesis_tables():
     numerators = [int(r['numerator']) for r in rows('synthesis_window')]
-    taps = [[as_float(Decimal(numerators[32 * k + n]) / 65536) for n in range(32)] for k in range(16)]
+
+    def tap(k, n, sign=1):
+        return as_float(Decimal(sign * numerators[32 * k + n]) / 65536)
+
+    def folded(k):
+        return ([tap(k, n, 1 if k % 2 == 0 else -1) for n in range(16)] + ['0.0f'] +
+                [tap(k, 32 - n, -1) for n in range(1, 16)])
 
     def half_secants(n):
         return [as_float(1 / (2 * cos((2 * i + 1) * PI / (2 * n)))) for i in range(n // 2)]
 
-    return [array('float', 'kSynthesisWindow', (16, 32), taps, 'D[32k + n] of table B.3 as [k][n].')] + [
+    return [
+        array('float', 'kSynthesisWindow', (16, 32), [[tap(k, n) for n in range(32)] for k in range(16)],
+              'D[32k + n] of table B.3 as [k][n].'),
+        array('float', 'kFoldedWindow', (16, 32), [folded(k) for k in range(16)],
+              'D[32k + n] for even k, -D[32k + n] for odd k, n = 0..15; a zero; -D[32k + 32 - n], n = 1..15.',
+              alignment=32),
+        array('float', 'kCentreWindow', (8,), [tap(k, 16, -1) for k in range(1, 16, 2)], '-D[32k + 16] for odd k.'),
+    ] + [
         array('float', 'kHalfSecant%d' % n, (n // 2,), half_secants(n),
               '1 / (2 cos((2i + 1) pi / %d)).' % (2 * n)) for n in (32, 16, 8, 4, 2)]
 

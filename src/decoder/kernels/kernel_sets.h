@@ -1,0 +1,43 @@
+/// The versions of the kernels; KernelTable tells what each does. No file of a set may hold code that could
+/// be merged with another file's: no templates or inline functions with external linkage.
+#pragma once
+
+#include "decoder/kernels/kernel_table.h"
+
+namespace trnmpa {
+
+namespace plain {
+
+void TransformSlots(const float* slots, int channels, int count, bool invertFrequency,
+                    const SynthesisRows* target);
+void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
+void ReduceAliases(float* spectrum, int boundaries);
+void InverseMdct(const float* lines, int blockType, int count, float* overlap, float* slots);
+void DoubleSamples(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
+
+} // namespace plain
+
+// On 64-bit x86 processors.
+namespace sse2 {
+
+void TransformSlots(const float* slots, int channels, int count, bool invertFrequency,
+                    const SynthesisRows* target);
+void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
+void ReduceAliases(float* spectrum, int boundaries);
+void InverseMdct(const float* lines, int blockType, int count, float* overlap, float* slots);
+void DoubleSamples(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
+
+} // namespace sse2
+
+namespace avx2 {
+
+void TransformSlots(const float* slots, int channels, int count, bool invertFrequency,
+                    const SynthesisRows* target);
+void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
+void ReduceAliases(float* spectrum, int boundaries);
+void InverseMdct(const float* lines, int blockType, int count, float* overlap, float* slots);
+void DoubleSamples(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
+
+} // namespace avx2
+
+} // namespace trnmpa

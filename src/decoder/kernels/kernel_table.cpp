@@ -1,0 +1,60 @@
+#include "decoder/kernels/kernel_table.h"
+
+#include "decoder/kernels/kernel_sets.h"
+#include "os/processor.h"
+
+#include <atomic>
+
+namespace trnmpa {
+
+namespace {
+
+constexpr KernelTable kPlain = {plain::TransformSlots, plain::WindowSlots, plain::ReduceAliases,
+                                plain::InverseMdct, plain::DoubleSamples};
+
+#if TRN_X86_KERNELS
+constexpr KernelTable kSse2 = {sse2::TransformSlots, sse2::WindowSlots, sse2::ReduceAliases,
+                               sse2::InverseMdct, sse2::DoubleSamples};
+constexpr KernelTable kAvx2 = {avx2::TransformSlots, avx2::WindowSlots, avx2::ReduceAliases,
+                               avx2::InverseMdct, avx2::DoubleSamples};
+#endif
+
+const KernelTable& Choose([[maybe_unused]] unsigned sets) {
+#if TRN_X86_KERNELS
+    if ((sets & kAvx2Kernels) != 0)
+        return kAvx2;
+    if ((sets & kSse2Kernels) != 0)
+        return kSse2;
+#endif
+    return kPlain;
+}
+
+std::atomic<const KernelTable*>& Chosen() {
+    static std::atomic<const KernelTable*> chosen = &Choose(AvailableKernels());
+    return chosen;
+}
+
+} // namespace
+
+const KernelTable& Kernels() {
+    return *Chosen().load(std::memory_order_relaxed);
+}
+
+const KernelTable& PlainKernels() {
+    return kPlain;
+}
+
+void SetKernelMask(unsigned mask) {
+    Chosen().store(&Choose(AvailableKernels() & mask), std::memory_order_relaxed);
+}
+
+unsigned AvailableKernels() {
+#if TRN_X86_KERNELS
+    // Every 64-bit x86 processor has SSE2.
+    return kSse2Kernels | (os::ProcessorHasAvx2() ? unsigned{kAvx2Kernels} : 0u);
+#else
+    return kPlainKernels;
+#endif
+}
+
+} // namespace trnmpa

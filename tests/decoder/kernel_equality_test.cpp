@@ -1,0 +1,171 @@
+// Every set of kernels against the plain one, bit for bit.
+
+#include "decoder/kernel_sets.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <random>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using trnmpa::PlainKernels;
+
+/// Finite values of every size that no kernel turns into infinities.
+class HostileValues {
+public:
+    explicit HostileValues(std::uint32_t seed) : engine_(seed) {}
+
+    void Fill(float* values, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i)
+            values[i] = Next();
+    }
+
+private:
+    float Next() {
+        const auto bits = static_cast<std::uint32_t>(engine_());
+        switch (kind_++ / 977 % 4) {
+        case 0: // as music has them
+            return static_cast<float>(static_cast<std::int32_t>(bits)) / 65536.0f;
+        case 1: // halves, for the rounding of ties
+            return static_cast<float>(static_cast<std::int32_t>(bits) >> 20) / 2.0f;
+        case 2: // zeros of both signs and denormal numbers
+            return std::bit_cast<float>(bits & 0x80FFFFFFu) * static_cast<float>(bits >> 24 & 1u);
+        default: // any exponent up to 2^100
+            return std::bit_cast<float>((bits & 0x807FFFFFu) | (bits >> 8) % 228u << 23);
+        }
+    }
+
+    std::mt19937 engine_;
+    std::size_t kind_ = 0;
+};
+
+template <typename T>
+void ExpectSameBits(const std::vector<T>& found, const std::vector<T>& expected) {
+    ASSERT_EQ(found.size(), expected.size());
+    const auto bits = [](T value) {
+        if constexpr (std::is_same_v<T, float>)
+            return std::bit_cast<std::uint32_t>(value);
+        else
+            return value;
+    };
+    for (std::size_t i = 0; i < found.size(); ++i)
+        ASSERT_EQ(bits(found[i]), bits(expected[i])) << i << ": " << found[i] << " for " << expected[i];
+}
+
+class KernelEquality : public test::EachKernelSet {};
+
+INSTANTIATE_TEST_SUITE_P(Sets, KernelEquality, testing::ValuesIn(test::kEachKernelSet), test::KernelSetName);
+
+/// Two channels' memory as one vector, so that what a kernel should not have touched is compared, too.
+struct Memory {
+    explicit Memory(HostileValues& values) {
+        for (trnmpa::SynthesisMemory& channel : channels) {
+            values.Fill(channel.row[0], std::size_t{32} * trnmpa::SynthesisMemory::kRows);
+            values.Fill(channel.centre, std::size(channel.centre));
+        }
+    }
+
+    std::vector<float> All() const {
+        std::vector<float> all;
+        for (const trnmpa::SynthesisMemory& channel : channels) {
+            all.insert(all.end(), channel.row[0], channel.row[0] + 32 * trnmpa::SynthesisMemory::kRows);
+            all.insert(all.end(), std::begin(channel.centre), std::end(channel.centre));
+        }
+        return all;
+    }
+
+    trnmpa::SynthesisMemory channels[2];
+};
+
+TEST_P(KernelEquality, TransformSlots) {
+    HostileValues values(11);
+    for (int count = 1; count <= trnmpa::kMaximumSlots; ++count) {
+        for (const int channels : {1, 2}) {
+            std::vector<float> slots(static_cast<std::size_t>(32 * channels * count));
+            values.Fill(slots.data(), slots.size());
+            Memory found(values);
+            Memory expected = found;
+            const int first = trnmpa::SynthesisMemory::kRows - count;
+            const bool inverts = count % 2 == 0 && count % 4 != 0;
+            const trnmpa::SynthesisRows to[2] = {found.channels[0].At(first), found.channels[1].At(first)};
+            const trnmpa::SynthesisRows plainTo[2] = {expected.channels[0].At(first),
+                                                      expected.channels[1].At(first)};
+            Kernels().transformSlots(slots.data(), channels, count, inverts, to);
+            PlainKernels().transformSlots(slots.data(), channels, count, inverts, plainTo);
+            SCOPED_TRACE(testing::Message() << count << " slots, " << channels << " channels");
+            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found.All(), expected.All()));
+        }
+    }
+}
+
+TEST_P(KernelEquality, WindowSlots) {
+    constexpr std::int16_t kUntouched = 12345;
+    HostileValues values(12);
+    for (int count = 1; count <= trnmpa::kMaximumSlots; ++count) {
+        for (const int channels : {1, 2}) {
+            Memory memory(values);
+            const int first = count % 2 != 0 ? trnmpa::kPastSlots : trnmpa::SynthesisMemory::kRows - count;
+            const trnmpa::SynthesisRows from[2] = {memory.channels[0].At(first),
+                                                   memory.channels[1].At(first)};
+            std::vector<std::int16_t> found(static_cast<std::size_t>(32 * channels * count + 40), kUntouched);
+            std::vector<std::int16_t> expected = found;
+            Kernels().windowSlots(from, channels, count, found.data());
+            PlainKernels().windowSlots(from, channels, count, expected.data());
+            SCOPED_TRACE(testing::Message() << count << " slots, " << channels << " channels");
+            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
+        }
+    }
+}
+
+TEST_P(KernelEquality, ReduceAliases) {
+    HostileValues values(13);
+    for (int boundaries = 0; boundaries < 32; ++boundaries) {
+        std::vector<float> found(576);
+        values.Fill(found.data(), found.size());
+        std::vector<float> expected = found;
+        Kernels().reduceAliases(found.data(), boundaries);
+        PlainKernels().reduceAliases(expected.data(), boundaries);
+        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
+    }
+}
+
+TEST_P(KernelEquality, InverseMdct) {
+    HostileValues values(14);
+    for (int round = 0; round < 40; ++round) {
+        for (int count = 0; count <= trnmpa::kSubbands; count += trnmpa::kSubbandGroup) {
+            std::vector<float> lines(576);
+            std::vector<float> overlap(576);
+            std::vector<float> slots(576);
+            for (auto* each : {&lines, &overlap, &slots})
+                values.Fill(each->data(), each->size());
+            std::vector<float> plainOverlap = overlap;
+            std::vector<float> plainSlots = slots;
+            const int blockType = round % 4;
+            Kernels().inverseMdct(lines.data(), blockType, count, overlap.data(), slots.data());
+            PlainKernels().inverseMdct(lines.data(), blockType, count, plainOverlap.data(),
+                                       plainSlots.data());
+            SCOPED_TRACE(testing::Message() << count << " subbands, block type " << blockType);
+            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(slots, plainSlots));
+            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(overlap, plainOverlap));
+        }
+    }
+}
+
+TEST_P(KernelEquality, DoubleSamples) {
+    std::mt19937 engine(15);
+    for (std::size_t count = 0; count < 100; ++count) {
+        std::vector<std::uint8_t> samples(2 * count + 3);
+        for (std::uint8_t& byte : samples)
+            byte = static_cast<std::uint8_t>(engine());
+        // In place, at an odd address; the bytes around them stay.
+        std::vector<std::uint8_t> expected = samples;
+        Kernels().doubleSamples(samples.data() + 1, count, samples.data() + 1);
+        PlainKernels().doubleSamples(expected.data() + 1, count, expected.data() + 1);
+        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(samples, expected));
+    }
+}
+
+} // namespace
