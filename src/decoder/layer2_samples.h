@@ -42,7 +42,7 @@ private:
         std::uint8_t subband;
     };
     struct CodeList {
-        Code code[2 * kSubbands];
+        Code code[2 * kSubbands] = {};
         int count = 0;
 
         void Add(const Code& added) { code[count++] = added; }

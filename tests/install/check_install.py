@@ -34,7 +34,7 @@ def run_tool(prefix, folder, emulator):
     sample = folder / "tool.mp3"
     shutil.copyfile(SOURCE / "samples" / "music.mp3", sample)
     tool = prefix / "bin" / ("mpatool.exe" if emulator else "mpatool")
-    output = run(*emulator, tool, "info", sample, capture_output=True).stdout
+    output = run(*emulator, tool, "info", sample.name, capture_output=True, cwd=folder).stdout
     print(output)
     if "2323 (layer III)" not in output:
         sys.exit("the installed tool did not describe the file")

@@ -25,6 +25,8 @@ void LineGains::Set(int segment, int exponent) {
     single_[segment] = gain;
 }
 
+// The segments that there are get their gains, the others are never asked for.
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
 LineGains::LineGains(const GranuleInfo& info, const BandLayout& layout, const ScaleFactors& factors)
     : segmentOfPair_(layout.segmentOfPair.data()) {
     const int base = 210 - static_cast<int>(info.globalGain);
