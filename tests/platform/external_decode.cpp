@@ -26,7 +26,8 @@ Pcm ExternalDecode::Frame() {
     EXPECT_GE(size, 0);
     EXPECT_LE(size, 4608);
     Pcm pcm(static_cast<std::size_t>(size) / 2);
-    std::memcpy(pcm.data(), output_.data(), pcm.size() * 2);
+    if (!pcm.empty())
+        std::memcpy(pcm.data(), output_.data(), pcm.size() * 2);
     return pcm;
 }
 

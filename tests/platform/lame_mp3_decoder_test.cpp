@@ -166,7 +166,7 @@ TEST_F(ExternalDecoder, FindsNothingWhereThereIsNothing) {
 
 TEST_F(ExternalDecoder, EndsAtTheLastWholeFrame) {
     Bytes bytes = Written().bytes;
-    bytes.resize(bytes.size() - 1);
+    bytes.pop_back();
     ExternalDecode decode(File(bytes));
     ASSERT_TRUE(decode.Start());
     EXPECT_EQ(decode.Rest().size(), 29U);
