@@ -1,8 +1,8 @@
 """Running and timing programs."""
 
-import os
 import subprocess
 import sys
+import tempfile
 import time
 from dataclasses import dataclass
 
@@ -10,7 +10,6 @@ from dataclasses import dataclass
 @dataclass
 class Run:
     seconds: float
-    peak_kib: int
     output: str
 
 
@@ -20,12 +19,18 @@ def run(command, keep_output=False):
     process = subprocess.Popen(list(map(str, command)), stdin=subprocess.DEVNULL,
                                stdout=subprocess.PIPE if keep_output else subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     output = process.stdout.read().decode() if keep_output else ""
-    _, status, usage = os.wait4(process.pid, 0)
+    process.wait()
     seconds = time.perf_counter() - started
-    process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         sys.exit(f"bench: failed with status {process.returncode}: {' '.join(map(str, command))}")
-    return Run(seconds, usage.ru_maxrss, output)
+    return Run(seconds, output)
+
+
+def peak_kib(command):
+    """The most memory that the program takes. A child of this process would be born with its size."""
+    with tempfile.NamedTemporaryFile("r", encoding="utf-8") as result:
+        run(["time", "-f", "%M", "-o", result.name, *command])
+        return int(result.read())
 
 
 def alternate(commands, rounds):
