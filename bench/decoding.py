@@ -14,10 +14,24 @@ def commands(mpatool, file):
     }
 
 
+def in_memory(tools, work, rounds):
+    yield "## Whole files to memory"
+    yield ""
+    yield f"The same files, each opened and decoded to 16-bit samples in memory within one process, {rounds} rounds in turns"
+    yield "(`whole_file_bench FILE ROUNDS`): the sample reader in requests of one second, libmpg123 by `mpg123_read`,"
+    yield "libavcodec behind libavformat on one thread. A value is a sample of one channel."
+    yield ""
+    yield "| file | decoder | ns a value, median | spread | times as fast as the fastest peer |"
+    yield "|---|---|---:|---:|---:|"
+    for file in streams.short_files(work):
+        yield programs.run([tools / "whole_file_bench", file, rounds], keep_output=True).output.rstrip()
+    yield ""
+
+
 def report(tools, work, rounds):
     yield "## Decoding whole files"
     yield ""
-    yield f"{streams.SHORT_SECONDS} s of {streams.RATE} Hz stereo a file, {rounds} rounds in turns; whole processes:"
+    yield f"{streams.SHORT_SECONDS} s a file, {rounds} rounds in turns; whole processes:"
     yield "`mpatool decode FILE -o -`, `mpg123 -q -s FILE`, `ffmpeg -threads 1 -i FILE -f s16le -`, to /dev/null."
     yield ""
     yield "| file | decoder | best s | median s | times real time |"

@@ -17,6 +17,7 @@ ENCODERS = {
     "lame-v2.mp3": ("lame", "--quiet", "-V2"),
     "lame-cbr320.mp3": ("lame", "--quiet", "-b", "320"),
     "twolame-192.mp2": ("twolame", "--quiet", "-b", "192"),
+    "lame-mono64.mp3": ("lame", "--quiet", "-m", "m", "--resample", "22.05", "-b", "64"),
 }
 
 
