@@ -14,10 +14,9 @@ namespace trnmpa {
 /// The position is this stream's own: the inner stream is moved there before each transfer. Results are the
 /// inner stream's, with two traits to know:
 /// - after a failed Seek the position is what that gave, -1, where every transfer fails until the next Seek;
-/// - a kTransferFailed that the inner stream gives to a Write, or to a Read of more than the buffer, counts
-/// as
-///   that many bytes of the position: Seek before going on. One that comes while the buffer is being filled
-///   leaves the position, and nothing in the buffer.
+/// - a kTransferFailed that the inner stream gives to a Write, or to a Read of more than the buffer, is added
+///   to the position as if it were a count: Seek before going on. One that comes while the buffer is being
+///   filled leaves the position, and nothing in the buffer.
 class CBufferedFileStream : public IFileStream {
 public:
     /// The size of the buffer is ReadBufSize of the settings file as it stands now (see module_settings.h).
