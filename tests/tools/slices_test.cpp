@@ -2,7 +2,12 @@
 
 #include "tools/tool_fixture.h"
 
+#include "index/index_format.h"
+
 #include <gmock/gmock.h>
+
+#include <algorithm>
+#include <span>
 
 namespace {
 
@@ -70,6 +75,20 @@ TEST_F(SlicesTest, ReaderThatEndsElsewhereThanTheFrames) {
     AddPlanned("a.mp3", test::SilentLayer3(40), {{"slices", 2}});
     const ProcessResult result = RunCounting({"slices", "a.mp3", "--time", "40", "-o", "out.wav"});
     EXPECT_EQ(result.error, "mpatool: a.mp3: what follows the last slice, less than 40.000 ms, is lost\n");
+}
+
+TEST_F(SlicesTest, WithoutASampleAreNotReadForEver) {
+    AddSample("music.mp3");
+    Run({"index", "music.mp3"});
+    Bytes index = Read("music.mp3.idx");
+    trnmpa::MpaIndexHeader header =
+        trnmpa::ParseIndexHeader(std::span(index).first<trnmpa::kIndexHeaderBytes>());
+    header.sampleRate = 1;
+    std::ranges::copy(trnmpa::FormatIndexHeader(header), index.begin());
+    Add("music.mp3.idx", index);
+    const ProcessResult result = Slices({"music.mp3", "--time", "1", "-o", "out.wav"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.error, "mpatool: music.mp3: slices of that time hold no sample at 1 Hz\n");
 }
 
 TEST_F(SlicesTest, FailureLeavesNoHalfFile) {

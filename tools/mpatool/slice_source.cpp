@@ -6,6 +6,12 @@
 
 namespace mpatool {
 
+namespace {
+
+constexpr std::int64_t kUnitsPerSecond = 10'000'000;
+
+} // namespace
+
 SliceSource::SliceSource(ModuleHost& host, const std::wstring& file, std::int64_t sliceTime)
     : file_(file), reader_(host, exported::kSliceReaderMake, exported::kSliceReaderEnd),
       initialize_(host, exported::kInitialize), setSliceTime_(host, exported::kSetPerPcmFrameTime),
@@ -27,6 +33,10 @@ void SliceSource::Open(std::int64_t sliceTime) {
     format_ = {format.nSamplesPerSec, format.nChannels, format.wBitsPerSample};
     if (format_.sampleRate == 0 || format_.BytesPerSample() == 0)
         throw ToolError(file_, "the module does not tell its format");
+    // An index may claim any rate; slices without samples would go on and on.
+    if (format_.sampleRate * sliceTime < kUnitsPerSecond)
+        throw ToolError(file_, "slices of that time hold no sample at " + std::to_string(format_.sampleRate) +
+                                   " Hz");
 }
 
 void SliceSource::Convert(const PcmFormat& output) {
