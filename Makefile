@@ -1,6 +1,6 @@
 # The front door. Every target first installs what it needs (scripts/setup); everything is built below build/.
 
-.PHONY: help run test windows check bench clean
+.PHONY: help run test windows check bench docs clean
 
 help:
 	@echo 'make run [FILE=song.mp3]  decode a file (or the samples), show it, play it where there is sound'
@@ -8,6 +8,7 @@ help:
 	@echo 'make windows              the Windows DLL with its import library'
 	@echo 'make check                format, layers, static analysis, sanitizer runs'
 	@echo 'make bench                speed beside other programs, into docs/performance.md'
+	@echo 'make docs                 the reference of the public headers, into build/api/html'
 	@echo 'make clean                delete build/'
 
 # A build without tests does with fewer packages; one that make test set up keeps its tests.
@@ -37,6 +38,11 @@ bench:
 	@test -f build/release/build.ninja || cmake --preset release -DBUILD_TESTING=OFF
 	@cmake --preset release -DTRN_BUILD_BENCHMARKS=ON
 	@cmake --build --preset release --target bench
+
+docs:
+	@scripts/setup docs
+	@scripts/check docs
+	@echo build/api/html/index.html
 
 clean:
 	rm -rf build

@@ -46,16 +46,24 @@ inline constexpr std::int32_t TRN_AUDIO_READER_NOT_OPEN = -2333;         ///< Ge
 class TRN_EXPORT ITRN_AUDIO_READER_BASE {
 public:
     ITRN_AUDIO_READER_BASE();
-    ITRN_AUDIO_READER_BASE(const ITRN_AUDIO_READER_BASE& other);
-    ITRN_AUDIO_READER_BASE& operator=(const ITRN_AUDIO_READER_BASE& other);
+    ITRN_AUDIO_READER_BASE(const ITRN_AUDIO_READER_BASE& other);            ///< holds nothing to copy
+    ITRN_AUDIO_READER_BASE& operator=(const ITRN_AUDIO_READER_BASE& other); ///< holds nothing to copy
 
-    virtual std::int32_t AddRef() = 0;
-    virtual std::int32_t GetRef() = 0;
-    virtual std::int32_t Release() = 0;
+    virtual std::int32_t AddRef() = 0;  ///< counts a user, in implementations that count
+    virtual std::int32_t GetRef() = 0;  ///< the number of users, in implementations that count
+    virtual std::int32_t Release() = 0; ///< the caller is done with the file
+
+    /// Takes the file to read.
     virtual std::int32_t SetInputFile(CComBSTR path) = 0;
+
+    /// Reads a run of samples; the PCM belongs to the reader until its next call.
     virtual std::int32_t GetSamples(AudioReaderDataIn request, unsigned char** data, std::int32_t& size,
                                     unsigned long* extra) = 0;
+
+    /// Describes the file in the record at `info`, whose kind the implementation names.
     virtual std::int32_t GetItemInfo(void* info) = 0;
+
+    /// Passes settings, in implementations that have some.
     virtual std::int32_t ConfigureObj(std::int32_t item, void* first, std::int32_t firstSize, void* second,
                                       std::int32_t secondSize) = 0;
     virtual ~ITRN_AUDIO_READER_BASE();
@@ -66,16 +74,15 @@ public:
 class TRN_EXPORT TRN_MpAudioFileReader2 : public ITRN_AUDIO_READER_BASE {
 public:
     TRN_MpAudioFileReader2();
-    TRN_MpAudioFileReader2(const TRN_MpAudioFileReader2& other);
-    TRN_MpAudioFileReader2& operator=(const TRN_MpAudioFileReader2& other);
+    TRN_MpAudioFileReader2(const TRN_MpAudioFileReader2& other);            ///< shares the engine
+    TRN_MpAudioFileReader2& operator=(const TRN_MpAudioFileReader2& other); ///< lets go of its own engine
 
     /// Creates the engine, with the decoder that the settings file names; a second call lets go of the first
     /// engine.
     std::int32_t Initialize();
 
-    /// Both give 1 and count nothing.
-    std::int32_t AddRef() override;
-    std::int32_t GetRef() override;
+    std::int32_t AddRef() override; ///< gives 1 and counts nothing
+    std::int32_t GetRef() override; ///< gives 1
 
     /// Lets go of the engine, whose last user closes the file; gives 1. The object itself stays its owner's
     /// to delete.

@@ -49,8 +49,8 @@ static_assert(sizeof(tag_KW_MpaStreamInfo) == 20);
 class TRN_EXPORT TRN_MpAudioFileReader {
 public:
     TRN_MpAudioFileReader();
-    TRN_MpAudioFileReader(const TRN_MpAudioFileReader& other);
-    TRN_MpAudioFileReader& operator=(const TRN_MpAudioFileReader& other);
+    TRN_MpAudioFileReader(const TRN_MpAudioFileReader& other);            ///< shares the engine
+    TRN_MpAudioFileReader& operator=(const TRN_MpAudioFileReader& other); ///< lets go of its own engine
     virtual ~TRN_MpAudioFileReader();
 
     /// Creates the engine; a second call keeps it. 0 only when memory runs out. All other operations give 0
@@ -101,16 +101,15 @@ class TRN_EXPORT TRN_MpaFileCompReader {
 public:
     /// Creates the engine at once; without memory for it every operation but Initialize and StopRead gives 0.
     TRN_MpaFileCompReader();
-    TRN_MpaFileCompReader(const TRN_MpaFileCompReader& other);
-    TRN_MpaFileCompReader& operator=(const TRN_MpaFileCompReader& other);
+    TRN_MpaFileCompReader(const TRN_MpaFileCompReader& other);            ///< shares the engine
+    TRN_MpaFileCompReader& operator=(const TRN_MpaFileCompReader& other); ///< lets go of its own engine
     virtual ~TRN_MpaFileCompReader();
 
     /// Does nothing; gives 1.
     std::int32_t Initialize();
 
-    /// As the operations of TRN_MpAudioFileReader.
-    std::int32_t SetInputFile(CComBSTR path);
-    std::int32_t StartRead();
+    std::int32_t SetInputFile(CComBSTR path); ///< as in TRN_MpAudioFileReader
+    std::int32_t StartRead();                 ///< as in TRN_MpAudioFileReader
 
     /// Fills `info` (all zeros before StartRead). Gives 1.
     std::int32_t GetOriginalStreamInfo(tag_KW_MpaStreamInfo& info);

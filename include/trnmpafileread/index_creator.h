@@ -49,8 +49,8 @@ inline constexpr std::uint32_t TRN_INDEX_CANCELLED = 3;
 class TRN_EXPORT TRN_MpaFileIndexCreator {
 public:
     TRN_MpaFileIndexCreator();
-    TRN_MpaFileIndexCreator(const TRN_MpaFileIndexCreator& other);
-    TRN_MpaFileIndexCreator& operator=(const TRN_MpaFileIndexCreator& other);
+    TRN_MpaFileIndexCreator(const TRN_MpaFileIndexCreator& other);            ///< shares the builder
+    TRN_MpaFileIndexCreator& operator=(const TRN_MpaFileIndexCreator& other); ///< lets go of its own builder
     virtual ~TRN_MpaFileIndexCreator();
 
     /// Lets go of an earlier builder and makes a new one. Once before each file. 0 only when memory runs out.

@@ -84,7 +84,7 @@ struct PLUGIN_INDEX_PROGRESS {
     std::uint32_t framesIndexed; ///< index entries written so far
     std::int64_t reserved[3];    ///< zeros
     std::uint32_t state;         ///< 0 running or not started, 1 finished, 2 failed, 3 cancelled
-    std::uint32_t padding;
+    std::uint32_t padding;       ///< zero
 };
 static_assert(sizeof(PLUGIN_INDEX_PROGRESS) == 40);
 

@@ -7,7 +7,7 @@
 class TRN_EXPORT ITRN_VIDEO_READER_BASE {
 public:
     ITRN_VIDEO_READER_BASE();
-    ITRN_VIDEO_READER_BASE(const ITRN_VIDEO_READER_BASE& other);
-    ITRN_VIDEO_READER_BASE& operator=(const ITRN_VIDEO_READER_BASE& other);
+    ITRN_VIDEO_READER_BASE(const ITRN_VIDEO_READER_BASE& other);            ///< holds nothing to copy
+    ITRN_VIDEO_READER_BASE& operator=(const ITRN_VIDEO_READER_BASE& other); ///< holds nothing to copy
     virtual ~ITRN_VIDEO_READER_BASE();
 };

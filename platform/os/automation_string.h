@@ -48,20 +48,25 @@ public:
         if (text != nullptr && view.size() <= INT_MAX)
             m_str = SysAllocStringLen(text, static_cast<unsigned int>(view.size()));
     }
+    /// Copies the string, zeros included.
     CComBSTR(const CComBSTR& other)
         : m_str(other.m_str != nullptr ? SysAllocStringLen(other.m_str, other.Length()) : nullptr) {}
+    /// Takes the string over.
     CComBSTR(CComBSTR&& other) noexcept : m_str(std::exchange(other.m_str, nullptr)) {}
+    /// Copies or takes over, and frees the earlier string.
     CComBSTR& operator=(CComBSTR other) noexcept {
         std::swap(m_str, other.m_str);
         return *this;
     }
     ~CComBSTR() { SysFreeString(m_str); }
 
+    /// Characters; 0 for the empty string.
     unsigned int Length() const { return SysStringLen(m_str); }
+    /// The string itself, which stays this object's; may be null.
     // NOLINTNEXTLINE(google-explicit-constructor): as the class that it stands for
     operator BSTR() const { return m_str; }
 
-    BSTR m_str = nullptr;
+    BSTR m_str = nullptr; ///< owned; null stands for the empty string
 };
 
 #endif
