@@ -1,6 +1,6 @@
 # The front door. Every target first installs what it needs (scripts/setup); everything is built below build/.
 
-.PHONY: help run test windows check bench docs clean
+.PHONY: help run test windows check bench docs package clean
 
 help:
 	@echo 'make run [FILE=song.mp3]  decode a file (or the samples), show it, play it where there is sound'
@@ -9,6 +9,7 @@ help:
 	@echo 'make check                format, layers, static analysis, sanitizer runs'
 	@echo 'make bench                speed beside other programs, into docs/performance.md'
 	@echo 'make docs                 the reference of the public headers, into build/api/html'
+	@echo 'make package              a Debian package and a Windows archive, tried in clean places, in build/packages'
 	@echo 'make clean                delete build/'
 
 # A build without tests does with fewer packages; one that make test set up keeps its tests.
@@ -43,6 +44,10 @@ docs:
 	@scripts/setup docs
 	@scripts/check docs
 	@echo build/api/html/index.html
+
+package:
+	@scripts/setup package
+	@scripts/package
 
 clean:
 	rm -rf build
