@@ -96,6 +96,13 @@ CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
     return frames;
 }
 
+CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
+    CLI::App* selftest = app.add_subcommand("selftest", "Hold a module to the contract with its hosts");
+    selftest->add_option("--streams", raw.streams)->group("");
+    selftest->footer(std::string(kSelftestFooter) + kExitFooter);
+    return selftest;
+}
+
 } // namespace
 
 Command ParseCommandLine(const std::vector<std::string>& arguments) {
@@ -111,6 +118,7 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     const CLI::App* index = AddIndexCommand(app, raw);
     const CLI::App* frames = AddFramesCommand(app, raw);
     const CLI::App* slices = AddSlicesCommand(app, raw);
+    const CLI::App* selftest = AddSelftestCommand(app, raw);
     AddDecodeCommand(app, raw);
     try {
         // CLI11 takes the arguments from the back.
@@ -133,6 +141,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
         return ToSlicesOptions(raw);
     if (frames->parsed())
         return ToFramesOptions(raw);
+    if (selftest->parsed())
+        return ToSelftestOptions(raw);
     return ToDecodeOptions(raw);
 }
 

@@ -66,4 +66,12 @@ the module delivers; what lies before sample 0 is left out there.
 
 )";
 
+inline constexpr const char* kSelftestFooter =
+    R"(Loads the module, the one beside this program or that of --module, and walks through all that a
+host may do with it: identity records, names of files, calls in every order, PCM of built-in streams,
+two readers at once, an index. A line for each check begins with "good" or "BAD"; the exit status is 0
+when all are good. A module that ends the program is reported as such.
+
+)";
+
 } // namespace mpatool

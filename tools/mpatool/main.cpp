@@ -3,6 +3,7 @@
 #include "mpatool/frames_command.h"
 #include "mpatool/index_command.h"
 #include "mpatool/info_command.h"
+#include "mpatool/selftest_command.h"
 #include "mpatool/slices_command.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
@@ -34,6 +35,7 @@ struct CommandRunner {
         RunFrames(options);
         return kExitSuccess;
     }
+    int operator()(const SelftestOptions& options) const { return RunSelftest(options); }
 };
 
 int Run(int argumentCount, char** argumentValues) {

@@ -98,4 +98,8 @@ FramesOptions ToFramesOptions(const RawOptions& raw) {
     return {os::WidenUtf8(raw.file), os::WidenUtf8(raw.module), form};
 }
 
+SelftestOptions ToSelftestOptions(const RawOptions& raw) {
+    return {os::WidenUtf8(raw.module), os::WidenUtf8(raw.streams)};
+}
+
 } // namespace mpatool

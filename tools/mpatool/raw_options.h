@@ -39,6 +39,7 @@ struct RawOptions {
     std::string sliceTime;
     std::int64_t firstSlice = 0;
     std::optional<std::int64_t> sliceCount;
+    std::string streams;
 };
 
 /// What the values mean. They throw UsageError for those that mean nothing.
@@ -47,5 +48,6 @@ SlicesOptions ToSlicesOptions(const RawOptions& raw);
 InfoOptions ToInfoOptions(const RawOptions& raw);
 IndexOptions ToIndexOptions(const RawOptions& raw);
 FramesOptions ToFramesOptions(const RawOptions& raw);
+SelftestOptions ToSelftestOptions(const RawOptions& raw);
 
 } // namespace mpatool
