@@ -32,11 +32,12 @@ bool IsHidden(const Truth& truth, const std::vector<Found>& found, std::size_t o
     });
 }
 
-/// A search stopped there though no whole frame begins there: it must not lie in a whole one, unless it began
-/// in the middle of it.
-bool IsFalseSync(const Truth& truth, const Found& item) {
+/// A search stopped there though no whole frame begins there. It must not lie in a whole frame, unless the
+/// search began in the middle of that or stepped over its header, as `isSteppedOver` says of a header.
+template <typename Predicate>
+bool IsFalseSync(const Truth& truth, const Found& item, Predicate isSteppedOver) {
     const Piece& piece = truth.At(item.offset);
-    return !piece.IsWhole() || item.searchedFrom > piece.offset;
+    return !piece.IsWhole() || item.searchedFrom > piece.offset || isSteppedOver(truth.FrameOf(piece).header);
 }
 
 /// May lie before the place where reading begins.
@@ -46,8 +47,8 @@ bool MayBePassedAtTheStart(const Truth& truth, const Piece& piece, const Reading
         return true;
     if (!reading.opens)
         return piece.offset > 0;
-    // An encoder's frame, which is the first that counts.
-    return piece.End() == reading.start;
+    // An encoder's frame, or one that begins within what was taken for such.
+    return piece.offset >= reading.first;
 }
 
 } // namespace
@@ -63,6 +64,7 @@ bool Truth::IsWholeFrame(std::size_t offset, std::size_t length) const {
 }
 
 std::string UnexplainedReading(const Truth& truth, const ReadingModel& reading) {
+    const auto isForeign = [&](const model::Header& header) { return !HasFormatOf(header, reading.format); };
     std::vector<Found> found;
     std::vector<std::size_t> delivered;
     for (const TakenFrame& frame : reading.frames) {
@@ -70,7 +72,8 @@ std::string UnexplainedReading(const Truth& truth, const ReadingModel& reading) 
         found.push_back(item);
         if (frame.isDelivered)
             delivered.push_back(frame.offset);
-        if (frame.isDelivered && !truth.IsWholeFrame(frame.offset, frame.taken) && !IsFalseSync(truth, item))
+        if (frame.isDelivered && !truth.IsWholeFrame(frame.offset, frame.taken) &&
+            !IsFalseSync(truth, item, isForeign))
             return Say("delivered without reason", frame.offset);
     }
     if (reading.cutFrame)
@@ -79,7 +82,7 @@ std::string UnexplainedReading(const Truth& truth, const ReadingModel& reading) 
         if (!reading.opens || !piece.IsWhole() || piece.offset < reading.start)
             continue;
         const bool isExplained = std::ranges::binary_search(delivered, piece.offset) ||
-                                 !HasFormatOf(truth.FrameOf(piece).header, reading.format) ||
+                                 isForeign(truth.FrameOf(piece).header) ||
                                  IsHidden(truth, found, piece.offset);
         if (!isExplained)
             return Say("whole frame not delivered", piece.offset);
@@ -109,7 +112,8 @@ std::string UnexplainedIndex(const Truth& truth, std::size_t fileBytes,
         // Before the first entry lies the first frame, which is not known here.
         const Piece& piece = truth.At(entry.frameOffset);
         const bool isFrame = piece.IsWhole() && piece.offset == entry.frameOffset;
-        if (found.size() > 1 && !isFrame && !IsFalseSync(truth, found.back()))
+        if (found.size() > 1 && !isFrame &&
+            !IsFalseSync(truth, found.back(), [](const model::Header& header) { return header.mpeg25; }))
             return Say("listed without reason", entry.frameOffset);
     }
     const std::size_t end = found.back().offset + found.back().taken;

@@ -30,8 +30,8 @@ private:
 
 /// What the truth does not explain in a reading from its start on; empty when all is well. A whole frame that
 /// is not delivered must be of another format or begin within a false sync: something taken that is no whole
-/// frame. Whatever else is delivered must begin where no whole frame lies, or where a false sync left the
-/// search in the middle of one.
+/// frame. Whatever else is delivered must begin where no whole frame of the format lies, or where a false
+/// sync left the search in the middle of one.
 std::string UnexplainedReading(const Truth& truth, const ReadingModel& reading);
 
 /// The same of what lies before the start of a reading without an index: an encoder's frame, frames that want

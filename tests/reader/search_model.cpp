@@ -132,6 +132,7 @@ ReadingModel ReadingWithoutIndex(const Bytes& file) {
     const auto first = behindTag ? FirstFrame(file, *behindTag) : std::nullopt;
     if (!first)
         return reading;
+    reading.first = *first;
     reading.start = *first;
     reading.format = *model::ParseHeader(*FourAt(file, *first), std::nullopt);
     const auto length = static_cast<std::size_t>(reading.format.frameBytes);
@@ -151,6 +152,7 @@ ReadingModel ReadingFrom(const Bytes& file, std::size_t firstEntry) {
     reading.opens = format && HeadBytes(*format) <= file.size() - firstEntry;
     if (!reading.opens)
         return reading;
+    reading.first = firstEntry;
     reading.start = firstEntry;
     reading.format = *format;
     Read(file, reading);

@@ -22,7 +22,8 @@ struct TakenFrame {
 /// How one reading from the start goes.
 struct ReadingModel {
     bool opens = false;
-    std::size_t start = 0; ///< where the reading begins
+    std::size_t first = 0; ///< the first frame that is found
+    std::size_t start = 0; ///< where the reading begins: there, or behind an "Info" frame
     model::Header format;  ///< of the frame that the others must agree with
     std::vector<TakenFrame> frames;
     /// The header whose frame reaches behind the end of the file, which ends the reading. Nothing where it

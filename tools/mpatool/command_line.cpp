@@ -96,6 +96,14 @@ CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
     return frames;
 }
 
+CLI::App* AddCheckCommand(CLI::App& app, RawOptions& raw) {
+    CLI::App* check = app.add_subcommand("check", "Look for damage in files");
+    check->add_option("FILE", raw.checkFiles, "MPEG audio files")->required()->type_name("");
+    check->add_flag("--json", raw.json, "Print a JSON array with one object per file");
+    check->footer(std::string(kCheckFooter) + kExitFooter);
+    return check;
+}
+
 } // namespace
 
 Command ParseCommandLine(const std::vector<std::string>& arguments) {
@@ -111,6 +119,7 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     const CLI::App* index = AddIndexCommand(app, raw);
     const CLI::App* frames = AddFramesCommand(app, raw);
     const CLI::App* slices = AddSlicesCommand(app, raw);
+    const CLI::App* check = AddCheckCommand(app, raw);
     AddDecodeCommand(app, raw);
     try {
         // CLI11 takes the arguments from the back.
@@ -129,6 +138,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
         return ToInfoOptions(raw);
     if (index->parsed())
         return ToIndexOptions(raw);
+    if (check->parsed())
+        return ToCheckOptions(raw);
     if (slices->parsed())
         return ToSlicesOptions(raw);
     if (frames->parsed())

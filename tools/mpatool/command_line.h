@@ -62,6 +62,12 @@ struct IndexOptions {
     int jobs = 1;
 };
 
+struct CheckOptions {
+    std::vector<std::wstring> files;
+    std::wstring module; ///< empty: the one beside this program
+    bool json = false;
+};
+
 enum class TableForm { kReadable, kCsv, kJson };
 
 struct FramesOptions {
@@ -70,8 +76,8 @@ struct FramesOptions {
     TableForm form = TableForm::kReadable;
 };
 
-using Command =
-    std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions>;
+using Command = std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions,
+                             CheckOptions>;
 
 /// Reads the arguments (UTF-8, the program's name first). Throws UsageError.
 Command ParseCommandLine(const std::vector<std::string>& arguments);
