@@ -62,6 +62,12 @@ struct IndexOptions {
     int jobs = 1;
 };
 
+struct CheckOptions {
+    std::vector<std::wstring> files;
+    std::wstring module; ///< empty: the one beside this program
+    bool json = false;
+};
+
 enum class TableForm { kReadable, kCsv, kJson };
 
 struct FramesOptions {
@@ -70,6 +76,7 @@ struct FramesOptions {
     TableForm form = TableForm::kReadable;
 };
 
+<<<<<<< HEAD
 struct SelftestOptions {
     std::wstring module;  ///< empty: the one beside this program
     std::wstring streams; ///< folder with the built-in streams, for the process that runs the checks
@@ -77,6 +84,10 @@ struct SelftestOptions {
 
 using Command = std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions,
                              SelftestOptions>;
+=======
+using Command = std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions,
+                             CheckOptions>;
+>>>>>>> wt-c
 
 /// Reads the arguments (UTF-8, the program's name first). Throws UsageError.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

@@ -10,6 +10,7 @@ inline constexpr const char* kExitFooter = R"(Exit status:
   0    all went well
   1    a file could not be read, decoded or written; the reason stands on standard error
   2    the command line makes no sense
+  3    check has found damage, and all files could be checked
   130  ended by Ctrl-C; nothing half-made was left)";
 
 inline constexpr const char* kDecodeFooter =
@@ -66,11 +67,32 @@ the module delivers; what lies before sample 0 is left out there.
 
 )";
 
+<<<<<<< HEAD
 inline constexpr const char* kSelftestFooter =
     R"(Loads the module, the one beside this program or that of --module, and walks through all that a
 host may do with it: identity records, names of files, calls in every order, PCM of built-in streams,
 two readers at once, an index. A line for each check begins with "good" or "BAD"; the exit status is 0
 when all are good. A module that ends the program is reported as such.
+=======
+inline constexpr const char* kCheckFooter =
+    R"(A line sums up each file; the lines below it tell the place in the file, the time in the sound and
+what is there:
+  junk                bytes that belong to no frame
+  lost sync           a frame cut short, which hides the frames behind it; a stretch without a
+                      header where an index ends; bytes of a tag taken for frames
+  CRC failure         a frame whose CRC word does not fit what it protects
+  reservoir underrun  Layer III main data that are not there, as when frames are missing
+  reservoir overrun   Layer III main data that would reach behind their frame
+  format change       frames of another format, which are not delivered
+  truncation          a last frame that is cut off, or less sound than the encoder wrote
+  stale index         an index beside FILE that is not of this FILE
+  unreadable          the module does not open FILE, or fails to decode it
+Tags, and places from which jumps through an index may miss, are listed but are no damage.
+
+Times are those of reading without an index. An index is scanned for in memory; nothing is written.
+Places with at most one frame between them share a line. At most 1000 lines a file are printed; the
+counts are of all.
+>>>>>>> wt-c
 
 )";
 

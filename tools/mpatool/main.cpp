@@ -1,3 +1,4 @@
+#include "mpatool/check_command.h"
 #include "mpatool/command_line.h"
 #include "mpatool/decode_command.h"
 #include "mpatool/frames_command.h"
@@ -31,6 +32,7 @@ struct CommandRunner {
         return kExitSuccess;
     }
     int operator()(const IndexOptions& options) const { return RunIndex(options); }
+    int operator()(const CheckOptions& options) const { return RunCheck(options); }
     int operator()(const FramesOptions& options) const {
         RunFrames(options);
         return kExitSuccess;

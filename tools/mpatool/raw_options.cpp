@@ -93,6 +93,10 @@ IndexOptions ToIndexOptions(const RawOptions& raw) {
         WidenAll(raw.indexFiles), os::WidenUtf8(raw.module), raw.force, raw.verify, raw.recurse, raw.jobs};
 }
 
+CheckOptions ToCheckOptions(const RawOptions& raw) {
+    return {WidenAll(raw.checkFiles), os::WidenUtf8(raw.module), raw.json};
+}
+
 FramesOptions ToFramesOptions(const RawOptions& raw) {
     const TableForm form = raw.json ? TableForm::kJson : raw.csv ? TableForm::kCsv : TableForm::kReadable;
     return {os::WidenUtf8(raw.file), os::WidenUtf8(raw.module), form};

@@ -20,6 +20,7 @@ struct RawOptions {
     std::string module;
     std::vector<std::string> infoFiles;
     std::vector<std::string> indexFiles;
+    std::vector<std::string> checkFiles;
     bool json = false;
     bool csv = false;
     std::string file;
@@ -49,5 +50,6 @@ InfoOptions ToInfoOptions(const RawOptions& raw);
 IndexOptions ToIndexOptions(const RawOptions& raw);
 FramesOptions ToFramesOptions(const RawOptions& raw);
 SelftestOptions ToSelftestOptions(const RawOptions& raw);
+CheckOptions ToCheckOptions(const RawOptions& raw);
 
 } // namespace mpatool

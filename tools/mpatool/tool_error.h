@@ -11,6 +11,7 @@ namespace mpatool {
 inline constexpr int kExitSuccess = 0;
 inline constexpr int kExitFailure = 1;
 inline constexpr int kExitUsage = 2;
+inline constexpr int kExitDamage = 3;
 
 /// Something could not be done; the message says what and why.
 class ToolError : public std::runtime_error {

@@ -1,0 +1,100 @@
+#include "mpatool/check_command.h"
+
+#include "mpatool/check_report.h"
+#include "mpatool/module_host.h"
+#include "mpatool/text_output.h"
+#include "mpatool/tool_error.h"
+#include "os/console.h"
+#include "os/paths.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace mpatool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Has the module decode all of the file and adds where it fails.
+void CheckDecode(ModuleHost& host, const std::wstring& file, StreamCheckResult& result) {
+    constexpr std::int64_t kSamplesAtOnce = 65536;
+    const bool isHopeless = result.needsIndex && !result.hasIndex;
+    if (isHopeless || result.findings.Count(FindingKind::kUnreadable) > 0)
+        return;
+    Finding finding = result.At(FindingKind::kUnreadable, result.format.firstFrameOffset,
+                                result.format.firstFrameOffset, 0);
+    ModuleReader reader = host.CreateReader(file);
+    if (reader.Open(file, TRN_OPEN_SAMPLE_READER) != 1) {
+        finding.detail = "the module does not open it for reading";
+        result.findings.Add(finding);
+        return;
+    }
+    const std::int64_t samples = result.SamplesOf(result.frames);
+    for (std::int64_t start = 0; start < samples; start += kSamplesAtOnce) {
+        if (os::InterruptRequested())
+            throw Interrupted();
+        const auto count = static_cast<std::uint32_t>(std::min(kSamplesAtOnce, samples - start));
+        if (reader.Read(start, count))
+            continue;
+        finding.seconds = static_cast<double>(start) / result.format.sampleRate;
+        finding.detail = "the module fails to decode from this time on";
+        result.findings.Add(finding);
+        return;
+    }
+}
+
+/// Calls `show` with what was found in each file, `fail` with the reason where it could not be checked.
+template <typename Show, typename Fail>
+int ForEachFile(const CheckOptions& options, Show show, Fail fail) {
+    ModuleHost host(options.module);
+    bool isDamaged = false;
+    bool hasFailed = false;
+    for (const std::wstring& file : options.files) {
+        if (os::InterruptRequested())
+            throw Interrupted();
+        try {
+            StreamCheckResult result = CheckStream(file);
+            CheckDecode(host, file, result);
+            isDamaged |= result.findings.HasDamage();
+            show(file, result);
+        } catch (const ToolError& error) {
+            hasFailed = true;
+            PrintError(error.what());
+            fail(file, error);
+        }
+    }
+    return hasFailed ? kExitFailure : isDamaged ? kExitDamage : kExitSuccess;
+}
+
+int RunReadable(const CheckOptions& options) {
+    return ForEachFile(
+        options,
+        [](const std::wstring& file, const StreamCheckResult& result) { Print(ReadableCheck(file, result)); },
+        [](const std::wstring&, const ToolError&) {});
+}
+
+int RunJson(const CheckOptions& options) {
+    constexpr int kIndent = 2;
+    Json files = Json::array();
+    const int status = ForEachFile(
+        options,
+        [&](const std::wstring& file, const StreamCheckResult& result) {
+            files.push_back(JsonCheck(file, result));
+        },
+        [&](const std::wstring& file, const ToolError& error) {
+            files.push_back({{"file", os::NarrowToUtf8(file)}, {"error", error.what()}});
+        });
+    // File names need not be valid UTF-8.
+    Print(files.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n");
+    return status;
+}
+
+} // namespace
+
+int RunCheck(const CheckOptions& options) {
+    return options.json ? RunJson(options) : RunReadable(options);
+}
+
+} // namespace mpatool
