@@ -188,8 +188,8 @@ void Measure(const std::string& path, int rounds) {
         };
     };
     std::array<Contestant, 5> contestants = {{
-        {"sample reader", withKernels(~0u)},
-        {"sample reader, portable kernels", withKernels(0)},
+        {"sample reader", withKernels(trnmpa::kAllKernels)},
+        {"sample reader, portable kernels", withKernels(trnmpa::kPlainKernels)},
         {"libmpg123", [&](Pcm& pcm) { DecodeWithMpg123(path, nullptr, pcm); }},
         {"libmpg123, generic", [&](Pcm& pcm) { DecodeWithMpg123(path, "generic", pcm); }},
         {"libavcodec", [&](Pcm& pcm) { AvDecoder(path).Decode(pcm); }},

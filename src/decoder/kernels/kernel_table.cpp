@@ -44,14 +44,16 @@ const KernelTable& PlainKernels() {
     return kPlain;
 }
 
-void SetKernelMask(unsigned mask) {
-    Chosen().store(&Choose(AvailableKernels() & mask), std::memory_order_relaxed);
+unsigned SetKernelMask(unsigned mask) {
+    const unsigned sets = AvailableKernels() & (mask | kPlainKernels);
+    Chosen().store(&Choose(sets), std::memory_order_relaxed);
+    return sets;
 }
 
 unsigned AvailableKernels() {
 #if TRN_X86_KERNELS
     // Every 64-bit x86 processor has SSE2.
-    return kSse2Kernels | (os::ProcessorHasAvx2() ? unsigned{kAvx2Kernels} : 0u);
+    return kPlainKernels | kSse2Kernels | (os::ProcessorHasAvx2() ? unsigned{kAvx2Kernels} : 0u);
 #else
     return kPlainKernels;
 #endif

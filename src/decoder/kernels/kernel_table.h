@@ -51,8 +51,8 @@ struct KernelTable {
     void (*doubleSamples)(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
 };
 
-/// Instruction sets beyond what every processor of the architecture has, as bits of a mask.
-enum KernelSet : unsigned { kPlainKernels = 0, kSse2Kernels = 1, kAvx2Kernels = 2, kAllKernels = ~0u };
+/// The versions of the loops, by instruction set, as bits of a mask.
+enum KernelSet : unsigned { kPlainKernels = 1, kSse2Kernels = 2, kAvx2Kernels = 4, kAllKernels = ~0u };
 
 /// The fastest kernels that processor, system and mask allow.
 const KernelTable& Kernels();
@@ -60,8 +60,9 @@ const KernelTable& Kernels();
 /// Those of the portable C++ alone; the truth for all others.
 const KernelTable& PlainKernels();
 
-/// Narrows what Kernels() may choose; for tests and measurements.
-void SetKernelMask(unsigned mask);
+/// Narrows what Kernels() may choose, for tests and measurements; the plain version stays in any case. Gives
+/// the sets that are left.
+unsigned SetKernelMask(unsigned mask);
 
 /// The sets of this build that this processor and its operating system can run.
 unsigned AvailableKernels();
