@@ -35,6 +35,10 @@ struct KernelTable {
     /// and clipped to 16 bits. Writes 32 values a row, those of two channels interleaved.
     void (*windowSlots)(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
 
+    /// left, right = (left + right) / sqrt(2), (left - right) / sqrt(2) of `count` lines, in double
+    /// precision.
+    void (*undoMidSide)(float* left, float* right, std::size_t count);
+
     /// Eight butterflies at each of the first `boundaries` (0 to 31) boundaries between adjacent subbands of
     /// 18 lines (ISO/IEC 11172-3, 2.4.3.4.10.1) in double precision.
     void (*reduceAliases)(float* spectrum, int boundaries);
@@ -45,6 +49,12 @@ struct KernelTable {
     /// the subbands on: the time samples go to `slots`; `overlap` gives its old content to them and is left
     /// with the second half of the window. Double precision inside.
     void (*inverseMdct)(const float* lines, int blockType, int count, float* overlap, float* slots);
+
+    /// Layer II's samples as they were coded, 0 to levels - 1, to subband samples: (samples - centres) x
+    /// factors, the product in double precision. `slots` time slots of kSubbands values that share centres
+    /// and factors.
+    void (*scaleSamples)(const std::int32_t* samples, const std::int32_t* centres, const double* factors,
+                         int slots, float* subbands);
 
     /// Doubles `count` 16-bit samples, at any address, and clamps them to -32767..32767. The areas may be the
     /// same.
