@@ -28,6 +28,18 @@ def in_memory(tools, work, rounds):
     yield ""
 
 
+def stages(tools, work, _rounds):
+    yield "## Where the time goes"
+    yield ""
+    yield "Cycles a value of each stage of a Layer III decoder, by set of kernels, in a loop over the first ten seconds of a"
+    yield "file; the least of 200 rounds (`stage_bench FILE`). [decoder-speed.md](decoder-speed.md) explains them: how it"
+    yield "was before, what made it faster, what did not pay."
+    yield ""
+    for file in streams.short_files(work):
+        if file.suffix == ".mp3":
+            yield programs.run([tools / "stage_bench", file], keep_output=True).output
+
+
 def report(tools, work, rounds):
     yield "## Decoding whole files"
     yield ""
