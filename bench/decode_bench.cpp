@@ -3,11 +3,11 @@
 // the median round. Files are taken in turns, so that a slow moment of the machine hits all alike.
 
 #include "decoder/decoder_interface.h"
+#include "memory_source.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <iterator>
@@ -15,22 +15,6 @@
 #include <vector>
 
 namespace {
-
-class MemorySource final : public IAMPBitsource {
-public:
-    explicit MemorySource(const std::vector<char>& bytes) : bytes_(bytes) {}
-
-    unsigned int Read(void* buffer, int count) override {
-        const std::size_t copied = std::min(bytes_.size() - position_, static_cast<std::size_t>(count));
-        std::memcpy(buffer, bytes_.data() + position_, copied);
-        position_ += copied;
-        return static_cast<unsigned int>(copied);
-    }
-
-private:
-    const std::vector<char>& bytes_;
-    std::size_t position_ = 0;
-};
 
 struct Stream {
     const char* name = nullptr;

@@ -19,13 +19,25 @@ def in_memory(tools, work, rounds):
     yield ""
     yield f"The same files, each opened and decoded to 16-bit samples in memory within one process, {rounds} rounds in turns"
     yield "(`whole_file_bench FILE ROUNDS`): the sample reader in requests of one second, libmpg123 by `mpg123_read`,"
-    yield "libavcodec behind libavformat on one thread. A value is a sample of one channel."
+    yield "libavcodec behind libavformat on one thread. Processor time; a value is a sample of one channel."
     yield ""
     yield "| file | decoder | ns a value, median | spread | times as fast as the fastest peer |"
     yield "|---|---|---:|---:|---:|"
     for file in streams.short_files(work):
         yield programs.run([tools / "whole_file_bench", file, rounds], keep_output=True).output.rstrip()
     yield ""
+
+
+def stages(tools, work, _rounds):
+    yield "## Where the time goes"
+    yield ""
+    yield "Cycles a value of each stage of a Layer III decoder, by set of kernels, in a loop over the first ten seconds of a"
+    yield "file; the least of 200 rounds (`stage_bench FILE`). [decoder-speed.md](decoder-speed.md) explains them: how it"
+    yield "was before, what made it faster, what did not pay."
+    yield ""
+    for file in streams.short_files(work):
+        if file.suffix == ".mp3":
+            yield programs.run([tools / "stage_bench", file], keep_output=True).output
 
 
 def report(tools, work, rounds):

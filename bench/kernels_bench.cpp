@@ -55,6 +55,29 @@ void WindowSlots(benchmark::State& state, const trnmpa::KernelTable& kernels) {
     CountSamples(state, channels * kLines);
 }
 
+void UndoMidSide(benchmark::State& state, const trnmpa::KernelTable& kernels) {
+    // Twice gives the values again: they neither grow nor fade.
+    std::vector<float> left = Music(kLines);
+    std::vector<float> right = Music(kLines);
+    while (state.KeepRunning()) {
+        kernels.undoMidSide(left.data(), right.data(), kLines);
+        benchmark::ClobberMemory();
+    }
+    CountSamples(state, 2 * kLines);
+}
+
+void ScaleSamples(benchmark::State& state, const trnmpa::KernelTable& kernels) {
+    const std::vector<std::int32_t> samples(std::size_t{3} * trnmpa::kSubbands, 1000);
+    const std::vector<std::int32_t> centres(trnmpa::kSubbands, 2047);
+    const std::vector<double> factors(trnmpa::kSubbands, 0.7);
+    std::vector<float> subbands(samples.size());
+    while (state.KeepRunning()) {
+        kernels.scaleSamples(samples.data(), centres.data(), factors.data(), 3, subbands.data());
+        benchmark::ClobberMemory();
+    }
+    CountSamples(state, 3 * trnmpa::kSubbands);
+}
+
 void ReduceAliases(benchmark::State& state, const trnmpa::KernelTable& kernels) {
     std::vector<float> spectrum = Music(kLines);
     while (state.KeepRunning()) {
@@ -102,8 +125,10 @@ void RegisterSet(const std::string& set, unsigned mask) {
     const trnmpa::KernelTable& kernels = trnmpa::Kernels();
     Register(set, "transformSlots", TransformSlots, kernels)->ArgName("channels")->Arg(1)->Arg(2);
     Register(set, "windowSlots", WindowSlots, kernels)->ArgName("channels")->Arg(1)->Arg(2);
+    Register(set, "undoMidSide", UndoMidSide, kernels);
     Register(set, "reduceAliases", ReduceAliases, kernels);
     Register(set, "inverseMdct", InverseMdct, kernels)->ArgName("blockType")->Arg(0)->Arg(2);
+    Register(set, "scaleSamples", ScaleSamples, kernels);
     Register(set, "doubleSamples", DoubleSamples, kernels);
 }
 

@@ -1,7 +1,7 @@
 #include "decoder/layer2.h"
 
 #include "decoder/bit_window.h"
-#include "decoder/kernels/scale_samples.h"
+#include "decoder/kernels/kernel_table.h"
 #include "decoder/layer2_samples.h"
 #include "decoder/tables/layer2_tables.h"
 
@@ -11,7 +11,6 @@ namespace trnmpa {
 
 namespace {
 
-constexpr int kSubbands = GranuleSamples::kSubbands;
 constexpr int kSlotsPerGranule = GranuleSamples::kSlots;
 constexpr int kGranules = 12;
 constexpr int kScaleFactorParts = 3;
@@ -131,11 +130,11 @@ int DecodeLayer2(AMPBitstream& bits, const DecoderHeader& header, int bodyBytes,
     SubbandSlots slots;
     for (int granule = 0; granule < kGranules; ++granule) {
         ReadSamples(reader, layout, samples);
-        for (int slot = 0; slot < kSlotsPerGranule; ++slot)
-            for (int channel = 0; channel < frame.channels; ++channel)
-                ScaleSamples(samples.value[channel][slot], layout.Centres(channel),
-                             frame.factor[granule / (kGranules / kScaleFactorParts)][channel],
-                             slots[channel][granule * kSlotsPerGranule + slot]);
+        const auto& factors = frame.factor[granule / (kGranules / kScaleFactorParts)];
+        for (int channel = 0; channel < frame.channels; ++channel)
+            Kernels().scaleSamples(samples.value[channel][0], layout.Centres(channel).data(),
+                                   factors[channel], kSlotsPerGranule,
+                                   slots[channel][granule * kSlotsPerGranule]);
     }
     synthesis.Synthesise(frame.channels, kGranules * kSlotsPerGranule, slots[0][0], false, pcm);
     return kGranules * kSlotsPerGranule * kSubbands * frame.channels;

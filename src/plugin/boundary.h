@@ -2,16 +2,17 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 namespace trnmpa {
 
 /// Runs an operation of an exported interface; an exception, failed allocation included, becomes 0.
 template <typename Operation>
-std::int32_t Guarded(Operation&& operation) noexcept {
+std::invoke_result_t<Operation> Guarded(Operation&& operation) noexcept {
     try {
         return operation();
     } catch (...) {
-        return 0;
+        return {};
     }
 }
 

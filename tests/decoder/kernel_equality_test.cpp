@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <limits>
 #include <random>
 #include <type_traits>
 #include <vector>
@@ -117,6 +118,55 @@ TEST_P(KernelEquality, WindowSlots) {
             SCOPED_TRACE(testing::Message() << count << " slots, " << channels << " channels");
             ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
         }
+    }
+}
+
+/// Finite values as above with what is none among them: one NaN, so that no sum has to choose, and
+/// infinities.
+std::vector<float> WithNonFinite(HostileValues& values, std::size_t count, int seed) {
+    std::vector<float> result(count);
+    values.Fill(result.data(), count);
+    std::mt19937 engine(static_cast<std::mt19937::result_type>(seed));
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    for (const float value : {std::numeric_limits<float>::quiet_NaN(), kInfinity, -kInfinity})
+        for (int i = 0; i < 40 && count > 0; ++i)
+            result[engine() % count] = value;
+    return result;
+}
+
+TEST_P(KernelEquality, UndoMidSide) {
+    HostileValues values(16);
+    for (std::size_t count = 0; count <= 576; ++count) {
+        std::vector<float> left = WithNonFinite(values, 576, 17);
+        std::vector<float> right = WithNonFinite(values, 576, 18);
+        std::vector<float> plainLeft = left;
+        std::vector<float> plainRight = right;
+        Kernels().undoMidSide(left.data(), right.data(), count);
+        PlainKernels().undoMidSide(plainLeft.data(), plainRight.data(), count);
+        SCOPED_TRACE(testing::Message() << count << " lines");
+        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(left, plainLeft));
+        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(right, plainRight));
+    }
+}
+
+TEST_P(KernelEquality, ScaleSamples) {
+    HostileValues values(19);
+    std::mt19937 engine(20);
+    for (int round = 0; round < 2000; ++round) {
+        const int slots = round % 13;
+        std::vector<std::int32_t> samples(static_cast<std::size_t>(32 * slots));
+        for (std::int32_t& sample : samples)
+            sample = static_cast<std::int32_t>(engine() >> (round % 2 != 0 ? 16 : 2));
+        std::vector<std::int32_t> centres(32);
+        for (std::int32_t& centre : centres)
+            centre = (1 << engine() % 16) - 1;
+        const std::vector<float> drawn = WithNonFinite(values, round % 3 == 0 ? 32 : 320, round);
+        const std::vector<double> factors(drawn.begin(), drawn.begin() + 32);
+        std::vector<float> found(static_cast<std::size_t>(32 * slots + 8), 5.0f);
+        std::vector<float> expected = found;
+        Kernels().scaleSamples(samples.data(), centres.data(), factors.data(), slots, found.data());
+        PlainKernels().scaleSamples(samples.data(), centres.data(), factors.data(), slots, expected.data());
+        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "decoder/kernel_sets.h"
 #include "decoder/kernels/rounding.h"
-#include "decoder/kernels/stereo_lines.h"
+#include "decoder/kernels/spread_intensity.h"
 #include "decoder/tables/synthesis_tables.h"
 
 #include <gtest/gtest.h>
@@ -236,13 +236,46 @@ TEST_P(KernelFormula, DoublingClampsSymmetrically) {
         ASSERT_EQ(doubled[i], std::clamp(2 * samples[i], -32767, 32767)) << samples[i];
 }
 
-TEST(StereoLines, MidSideAndIntensity) {
-    float left[2] = {3.0f, -1.0f};
-    float right[2] = {1.0f, 1.0f};
-    trnmpa::UndoMidSide(left, right);
-    EXPECT_FLOAT_EQ(left[0], static_cast<float>(4 / std::sqrt(2.0)));
-    EXPECT_FLOAT_EQ(right[0], static_cast<float>(2 / std::sqrt(2.0)));
-    EXPECT_FLOAT_EQ(right[1], static_cast<float>(-2 / std::sqrt(2.0)));
+TEST_P(KernelFormula, MidSideIsUndone) {
+    Values values(7);
+    float left[576];
+    float right[576];
+    for (int i = 0; i < 576; ++i) {
+        left[i] = values.Next();
+        right[i] = values.Next();
+    }
+    float mid[576];
+    float side[576];
+    std::copy_n(left, 576, mid);
+    std::copy_n(right, 576, side);
+    Kernels().undoMidSide(left, right, 575);
+    for (int i = 0; i < 575; ++i) {
+        ASSERT_FLOAT_EQ(left[i], static_cast<float>((double{mid[i]} + side[i]) / std::sqrt(2.0))) << i;
+        ASSERT_FLOAT_EQ(right[i], static_cast<float>((double{mid[i]} - side[i]) / std::sqrt(2.0))) << i;
+    }
+    EXPECT_EQ(left[575], mid[575]);
+    EXPECT_EQ(right[575], side[575]);
+}
+
+TEST_P(KernelFormula, SamplesAreCentredAndScaled) {
+    std::int32_t samples[3][32];
+    std::int32_t centres[32];
+    double factors[32];
+    for (int i = 0; i < 32; ++i) {
+        centres[i] = (1 << i % 16) - 1;
+        factors[i] = std::pow(2.0, 15 - i / 3.0) / (centres[i] + 1);
+        for (int slot = 0; slot < 3; ++slot)
+            samples[slot][i] = (slot + i) * 2 * centres[i] / 34;
+    }
+    float scaled[3][32];
+    Kernels().scaleSamples(samples[0], centres, factors, 3, scaled[0]);
+    for (int slot = 0; slot < 3; ++slot)
+        for (int i = 0; i < 32; ++i)
+            EXPECT_EQ(scaled[slot][i], static_cast<float>((samples[slot][i] - centres[i]) * factors[i]))
+                << slot << ' ' << i;
+}
+
+TEST(StereoLines, Intensity) {
     float loud[1] = {8.0f};
     float none[1] = {0.0f};
     trnmpa::SpreadIntensity(loud, none, {0.25, 0.75});

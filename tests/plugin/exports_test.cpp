@@ -101,7 +101,8 @@ std::string Symbol(const std::string& className, std::string operation) {
 
 TEST(Exports, EveryListedNameIsThere) {
     const ListedExports listed = Listed();
-    EXPECT_THAT(listed.names, testing::ElementsAre("GetPluginReadModule"));
+    EXPECT_THAT(listed.names, testing::ElementsAre("GetPluginReadModule", "trnmpa_api_version",
+                                                   "trnmpa_kernels_available", "trnmpa_use_kernels"));
     EXPECT_THAT(BuiltModule().exports, testing::IsSupersetOf(listed.names));
 }
 

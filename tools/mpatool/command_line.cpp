@@ -1,6 +1,7 @@
 #include "mpatool/command_line.h"
 
 #include "mpatool/help_texts.h"
+#include "mpatool/kernel_choice.h"
 #include "mpatool/raw_options.h"
 #include "mpatool/tool_error.h"
 
@@ -49,6 +50,9 @@ CLI::App* AddDecodeCommand(CLI::App& app, RawOptions& raw) {
     decode->add_option("--decoder", raw.decoder, "builtin or external")
         ->check(CLI::IsMember({kBuiltInName, kExternalName}).description(""))
         ->type_name("DECODER");
+    decode->add_option("--kernels", raw.kernels, "plain, sse2, avx2 or all")
+        ->check(CLI::IsMember(KernelNames()).description(""))
+        ->type_name("KERNELS");
     decode->add_flag("--index", raw.index, "Build an index first when there is none");
     decode->footer(std::string(kDecodeFooter) + kExitFooter);
     return decode;

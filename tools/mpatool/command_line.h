@@ -37,7 +37,8 @@ struct DecodeOptions {
     std::wstring module; ///< empty: the one beside this program
     OutputOptions output;
     PcmChoice pcm;
-    std::optional<Decoder> decoder; ///< none: as the module's settings say
+    std::optional<Decoder> decoder;       ///< none: as the module's settings say
+    std::optional<std::uint32_t> kernels; ///< TRNMPA_KERNELS_*; none: as the module chooses
     StreamLength start;
     std::optional<StreamLength> length; ///< none: to the end
     bool index = false;                 ///< build an index first when there is none

@@ -4,6 +4,7 @@
 #include "mpatool/exported_class.h"
 #include "mpatool/exported_names.h"
 #include "mpatool/index_pool.h"
+#include "mpatool/kernel_choice.h"
 #include "mpatool/module_host.h"
 #include "mpatool/module_place.h"
 #include "mpatool/pcm_conversion.h"
@@ -152,6 +153,8 @@ void RunDecode(const DecodeOptions& options) {
     const OutputChoice choice = ChooseOutput(options.file, options.output);
     const ModulePlace place(options.module, options.decoder);
     ModuleHost host(place.Path());
+    if (options.kernels)
+        UseKernels(host, place.Name(), *options.kernels);
     if (options.index)
         EnsureIndex(host, options.file);
     const StreamScan scan = ScanStream(options.file, place.InUse());

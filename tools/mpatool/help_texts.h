@@ -30,6 +30,9 @@ Without --decoder the module's settings file, trnfsdk.ini, chooses. With it the 
 from a private temporary folder when that file says another one; a trnfsdk.ini beside this program
 comes before all others, and stops the run when it says another.
 
+--kernels has the module's own decoder use the instructions named, or none but the portable code's
+with plain. All give the same PCM; without it the fastest are used that the processor has.
+
 Without an index beside FILE, --start decodes what comes before and drops it. With one it jumps,
 and sample 0 is another place: an index leaves the first frame out, and with it no decoder delay
 is skipped.

@@ -1,5 +1,6 @@
 #include "mpatool/raw_options.h"
 
+#include "mpatool/kernel_choice.h"
 #include "mpatool/tool_error.h"
 #include "os/paths.h"
 
@@ -63,6 +64,8 @@ DecodeOptions ToDecodeOptions(const RawOptions& raw) {
     options.pcm = ToPcmChoice(raw);
     if (!raw.decoder.empty())
         options.decoder = raw.decoder == kExternalName ? Decoder::kExternal : Decoder::kBuiltIn;
+    if (!raw.kernels.empty())
+        options.kernels = KernelsByName(raw.kernels);
     if (!raw.start.empty())
         options.start = RequireLength("--start", raw.start);
     if (!raw.length.empty())

@@ -34,6 +34,7 @@ struct RawOptions {
     bool recurse = false;
     int jobs = 1;
     std::string decoder;
+    std::string kernels;
     std::optional<std::uint32_t> rate;
     std::optional<int> channels;
     std::optional<int> bits;

@@ -9,14 +9,17 @@ namespace trnmpa {
 
 namespace {
 
-constexpr KernelTable kPlain = {plain::TransformSlots, plain::WindowSlots, plain::ReduceAliases,
-                                plain::InverseMdct, plain::DoubleSamples};
+constexpr KernelTable kPlain = {plain::TransformSlots, plain::WindowSlots, plain::UndoMidSide,
+                                plain::ReduceAliases,  plain::InverseMdct, plain::ScaleSamples,
+                                plain::DoubleSamples};
 
 #if TRN_X86_KERNELS
-constexpr KernelTable kSse2 = {sse2::TransformSlots, sse2::WindowSlots, sse2::ReduceAliases,
-                               sse2::InverseMdct, sse2::DoubleSamples};
-constexpr KernelTable kAvx2 = {avx2::TransformSlots, avx2::WindowSlots, avx2::ReduceAliases,
-                               avx2::InverseMdct, avx2::DoubleSamples};
+constexpr KernelTable kSse2 = {sse2::TransformSlots, sse2::WindowSlots, sse2::UndoMidSide,
+                               sse2::ReduceAliases,  sse2::InverseMdct, sse2::ScaleSamples,
+                               sse2::DoubleSamples};
+constexpr KernelTable kAvx2 = {avx2::TransformSlots, avx2::WindowSlots, avx2::UndoMidSide,
+                               avx2::ReduceAliases,  avx2::InverseMdct, avx2::ScaleSamples,
+                               avx2::DoubleSamples};
 #endif
 
 const KernelTable& Choose([[maybe_unused]] unsigned sets) {
@@ -44,14 +47,16 @@ const KernelTable& PlainKernels() {
     return kPlain;
 }
 
-void SetKernelMask(unsigned mask) {
-    Chosen().store(&Choose(AvailableKernels() & mask), std::memory_order_relaxed);
+unsigned SetKernelMask(unsigned mask) {
+    const unsigned sets = AvailableKernels() & (mask | kPlainKernels);
+    Chosen().store(&Choose(sets), std::memory_order_relaxed);
+    return sets;
 }
 
 unsigned AvailableKernels() {
 #if TRN_X86_KERNELS
     // Every 64-bit x86 processor has SSE2.
-    return kSse2Kernels | (os::ProcessorHasAvx2() ? unsigned{kAvx2Kernels} : 0u);
+    return kPlainKernels | kSse2Kernels | (os::ProcessorHasAvx2() ? unsigned{kAvx2Kernels} : 0u);
 #else
     return kPlainKernels;
 #endif

@@ -35,6 +35,10 @@ struct KernelTable {
     /// and clipped to 16 bits. Writes 32 values a row, those of two channels interleaved.
     void (*windowSlots)(const SynthesisRows* source, int channels, int count, std::int16_t* pcm);
 
+    /// left, right = (left + right) / sqrt(2), (left - right) / sqrt(2) of `count` lines, in double
+    /// precision.
+    void (*undoMidSide)(float* left, float* right, std::size_t count);
+
     /// Eight butterflies at each of the first `boundaries` (0 to 31) boundaries between adjacent subbands of
     /// 18 lines (ISO/IEC 11172-3, 2.4.3.4.10.1) in double precision.
     void (*reduceAliases)(float* spectrum, int boundaries);
@@ -46,13 +50,19 @@ struct KernelTable {
     /// with the second half of the window. Double precision inside.
     void (*inverseMdct)(const float* lines, int blockType, int count, float* overlap, float* slots);
 
+    /// Layer II's samples as they were coded, 0 to levels - 1, to subband samples: (samples - centres) x
+    /// factors, the product in double precision. `slots` time slots of kSubbands values that share centres
+    /// and factors.
+    void (*scaleSamples)(const std::int32_t* samples, const std::int32_t* centres, const double* factors,
+                         int slots, float* subbands);
+
     /// Doubles `count` 16-bit samples, at any address, and clamps them to -32767..32767. The areas may be the
     /// same.
     void (*doubleSamples)(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
 };
 
-/// Instruction sets beyond what every processor of the architecture has, as bits of a mask.
-enum KernelSet : unsigned { kPlainKernels = 0, kSse2Kernels = 1, kAvx2Kernels = 2, kAllKernels = ~0u };
+/// The versions of the loops, by instruction set, as bits of a mask.
+enum KernelSet : unsigned { kPlainKernels = 1, kSse2Kernels = 2, kAvx2Kernels = 4, kAllKernels = ~0u };
 
 /// The fastest kernels that processor, system and mask allow.
 const KernelTable& Kernels();
@@ -60,8 +70,9 @@ const KernelTable& Kernels();
 /// Those of the portable C++ alone; the truth for all others.
 const KernelTable& PlainKernels();
 
-/// Narrows what Kernels() may choose; for tests and measurements.
-void SetKernelMask(unsigned mask);
+/// Narrows what Kernels() may choose, for tests and measurements; the plain version stays in any case. Gives
+/// the sets that are left.
+unsigned SetKernelMask(unsigned mask);
 
 /// The sets of this build that this processor and its operating system can run.
 unsigned AvailableKernels();

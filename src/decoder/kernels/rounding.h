@@ -5,9 +5,9 @@
 
 namespace trnmpa {
 
-/// Rounds to the nearest integer, ties to even, and clips to 16 bits. Without branches, so that compilers
-/// turn loops over it into vector code.
-inline std::int16_t RoundToPcm(float sample) {
+/// Rounds to the nearest integer, ties to even, and clips to 16 bits: the low ones of the result, those above
+/// them have no meaning. Without branches, so that compilers turn loops over it into vector code.
+inline std::uint32_t RoundToBits(float sample) {
     // The bits of floats, as integers, stand in the order of the positive ones and against that of the
     // negative.
     constexpr auto kLargest = std::bit_cast<std::int32_t>(32767.0f);
@@ -19,8 +19,11 @@ inline std::int16_t RoundToPcm(float sample) {
     bits = (bits & ~tooSmall) | (kSmallest & tooSmall);
     // The addition leaves the rounded integer in the low bits of the sum's mantissa.
     constexpr float kRoundingBias = 12582912.0f; // 1.5 * 2^23
-    const float biased = std::bit_cast<float>(bits) + kRoundingBias;
-    return static_cast<std::int16_t>(std::bit_cast<std::uint32_t>(biased) & 0xFFFFu);
+    return std::bit_cast<std::uint32_t>(std::bit_cast<float>(bits) + kRoundingBias);
+}
+
+inline std::int16_t RoundToPcm(float sample) {
+    return static_cast<std::int16_t>(RoundToBits(sample) & 0xFFFFu);
 }
 
 } // namespace trnmpa

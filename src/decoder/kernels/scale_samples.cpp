@@ -1,11 +1,12 @@
-#include "decoder/kernels/scale_samples.h"
+#include "decoder/kernels/kernel_sets.h"
 
-namespace trnmpa {
+namespace trnmpa::plain {
 
-void ScaleSamples(std::span<const std::int32_t, 32> samples, std::span<const std::int32_t, 32> centres,
-                  std::span<const double, 32> factors, std::span<float, 32> subbands) {
-    for (std::size_t i = 0; i < subbands.size(); ++i)
-        subbands[i] = static_cast<float>((samples[i] - centres[i]) * factors[i]);
+void ScaleSamples(const std::int32_t* samples, const std::int32_t* centres, const double* factors, int slots,
+                  float* subbands) {
+    for (int slot = 0; slot < slots; ++slot, samples += kSubbands, subbands += kSubbands)
+        for (int i = 0; i < kSubbands; ++i)
+            subbands[i] = static_cast<float>((samples[i] - centres[i]) * factors[i]);
 }
 
-} // namespace trnmpa
+} // namespace trnmpa::plain

@@ -3,6 +3,9 @@
 #include "decoder/tables/synthesis_tables.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
+#include <utility>
 
 namespace trnmpa::plain {
 
@@ -41,41 +44,42 @@ void WindowRow(const float* newestRow, float* output) {
         output[n] = sums[n];
 }
 
-/// Rounds the sums of rows, output 16 at 16, and puts them in order.
-void RoundRows(const float* sums, int count, std::int16_t* outputs) {
-    std::int16_t rounded[kMaximumSlots * 32];
-    for (int i = 0; i < 32 * count; ++i)
-        rounded[i] =
-            RoundToPcm(sums[i]); // NOLINT(clang-analyzer-core.CallAndMessage): WindowRow sets all of a row
-    for (int slot = 0; slot < count; ++slot) {
-        const std::int16_t* row = rounded + 32 * slot;
-        outputs = std::copy_n(row, 17, outputs);
-        outputs = std::reverse_copy(row + 17, row + 32, outputs);
-    }
+/// The outputs in order, not yet rounded.
+void WindowChannel(const SynthesisRows& source, int count, float* outputs) {
+    for (int slot = 0; slot < count; ++slot)
+        WindowRow(source.row + 32 * slot, outputs + 32 * slot);
+    for (int slot = 0; slot < count; ++slot)
+        outputs[32 * slot + 16] = WindowCentre(source.centre + slot);
+    for (int slot = 0; slot < count; ++slot)
+        std::reverse(outputs + 32 * slot + 17, outputs + 32 * slot + 32);
 }
 
-void WindowChannel(const SynthesisRows& source, int count, std::int16_t* outputs) {
-    float sums[kMaximumSlots * 32];
-    for (int slot = 0; slot < count; ++slot)
-        WindowRow(source.row + 32 * slot, sums + 32 * slot);
-    for (int slot = 0; slot < count; ++slot)
-        sums[32 * slot + 16] = WindowCentre(source.centre + slot);
-    RoundRows(sums, count, outputs);
+/// A left and a right sample as they lie in memory.
+std::uint32_t RoundPair(float left, float right) {
+    if constexpr (std::endian::native == std::endian::little)
+        std::swap(left, right);
+    return RoundToBits(left) << 16 | (RoundToBits(right) & 0xFFFFu);
 }
 
 } // namespace
 
+// WindowRow sets all of a row.
+// NOLINTBEGIN(clang-analyzer-core.CallAndMessage)
 void WindowSlots(const SynthesisRows* source, int channels, int count, std::int16_t* pcm) {
-    if (channels == 1)
-        return WindowChannel(source[0], count, pcm);
-    std::int16_t left[kMaximumSlots * 32];
-    std::int16_t right[kMaximumSlots * 32];
+    float left[kMaximumSlots * 32];
     WindowChannel(source[0], count, left);
+    if (channels == 1) {
+        for (int i = 0; i < 32 * count; ++i)
+            pcm[i] = RoundToPcm(left[i]);
+        return;
+    }
+    float right[kMaximumSlots * 32];
     WindowChannel(source[1], count, right);
     for (int i = 0; i < 32 * count; ++i) {
-        pcm[2 * i] = left[i];
-        pcm[2 * i + 1] = right[i];
+        const std::uint32_t pair = RoundPair(left[i], right[i]);
+        std::memcpy(pcm + 2 * i, &pair, sizeof pair);
     }
 }
+// NOLINTEND(clang-analyzer-core.CallAndMessage)
 
 } // namespace trnmpa::plain

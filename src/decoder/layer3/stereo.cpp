@@ -1,6 +1,7 @@
 #include "decoder/layer3/stereo.h"
 
-#include "decoder/kernels/stereo_lines.h"
+#include "decoder/kernels/kernel_table.h"
+#include "decoder/kernels/spread_intensity.h"
 #include "decoder/tables/stereo_tables.h"
 
 #include <algorithm>
@@ -99,7 +100,7 @@ void ApplyPositions(const DecoderHeader& header, const GranuleInfo& rightInfo, b
         if (position != kNoIntensity)
             SpreadIntensity(leftRun, rightRun, RatioOf(header, rightInfo, position));
         else if (isMidSide)
-            UndoMidSide(leftRun, rightRun);
+            Kernels().undoMidSide(leftRun.data(), rightRun.data(), leftRun.size());
         first = last;
     }
 }
@@ -133,7 +134,7 @@ void ProcessStereo(const DecoderHeader& header, const RightChannel& channel, Spe
         FindIntensityPositions(header, channel, right, positions);
         ApplyPositions(header, channel.info, isMidSide, std::span(positions).first(lines), left, right);
     } else {
-        UndoMidSide(left.first(lines), right.first(lines));
+        Kernels().undoMidSide(left.data(), right.data(), lines);
     }
     nonZeroCount[0] = larger;
     nonZeroCount[1] = larger;
