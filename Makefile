@@ -1,12 +1,13 @@
 # The front door. Every target first installs what it needs (scripts/setup); everything is built below build/.
 
-.PHONY: help run test windows check bench docs package clean
+.PHONY: help run test windows check fuzz bench docs package clean
 
 help:
 	@echo 'make run [FILE=song.mp3]  decode a file (or the samples), show it, play it where there is sound'
 	@echo 'make test                 all tests, on the native build and on the Windows DLL under Wine'
 	@echo 'make windows              the Windows DLL with its import library'
 	@echo 'make check                format, layers, static analysis, sanitizer runs'
+	@echo 'make fuzz [T=seconds]     all fuzzing targets, 60 seconds each unless told otherwise'
 	@echo 'make bench                speed beside other programs, into docs/performance.md'
 	@echo 'make docs                 the reference of the public headers, into build/api/html'
 	@echo 'make package              a Debian package and a Windows archive, tried in clean places, in build/packages'
@@ -33,6 +34,10 @@ windows:
 check:
 	@scripts/setup check
 	@scripts/check
+
+fuzz:
+	@scripts/setup fuzz
+	@scripts/fuzz --seconds "$${T:-60}"
 
 bench:
 	@scripts/setup bench

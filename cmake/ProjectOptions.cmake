@@ -2,6 +2,7 @@
 
 option(TRN_BUILD_BENCHMARKS "Build the programs under bench/" OFF)
 option(TRN_WITH_EXTERNAL_DECODER "Build the decoder over libmpg123 that a setting can choose" ON)
+option(TRN_FUZZ "Build the fuzzing targets with their engine (Clang)" OFF)
 set(TRN_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target (empty: none)")
 
 set(CMAKE_CXX_STANDARD 20)

@@ -1,0 +1,116 @@
+#include "harness/slice_script.h"
+
+namespace fuzz {
+
+namespace {
+
+bool IsTruth(std::int32_t result) {
+    return result == 0 || result == 1;
+}
+
+} // namespace
+
+SliceScript::SliceScript(Media& media) : media_(media) {}
+
+void SliceScript::Open() {
+    Require(reader_.Initialize() == 1, "Initialize");
+    Require(IsTruth(reader_.SetInputFile(Path())), "SetInputFile");
+    Require(IsTruth(Watched("StartRead", media_.WorkFor(), [&] { return reader_.StartRead(); })),
+            "StartRead");
+    Require(places_.Initialize() == 1 && IsTruth(places_.SetInputFile(Path())), "SetInputFile of places");
+    Require(IsTruth(places_.StartRead()), "StartRead of places");
+    tag_KW_MpaStreamInfo info = {};
+    Require(places_.GetOriginalStreamInfo(info) == 1, "stream information");
+}
+
+void SliceScript::Read() {
+    unsigned char* data = nullptr;
+    std::int32_t length = -1;
+    WAVEFORMATEX format = {};
+    std::int32_t atEnd = -1;
+    const std::int32_t result = Watched("ReadFrame", media_.WorkFor(),
+                                        [&] { return reader_.ReadFrame(&data, length, &format, atEnd); });
+    Require(IsTruth(result) && IsTruth(atEnd), "ReadFrame");
+    Require(length >= 0 && (length == 0 || data != nullptr), "a slice without PCM");
+    Require(result == 1 || length == 0, "a failed read gives PCM");
+    Touch({data, static_cast<std::size_t>(length)});
+}
+
+void SliceScript::Jump(std::uint32_t slice) {
+    Require(reader_.SeekTo(slice) == 1, "SeekTo");
+    Read();
+}
+
+void SliceScript::SetTime(Input& script) {
+    const std::uint8_t kind = script.U8();
+    std::int64_t time = kind * std::int64_t{10'000};
+    if (kind >= 0xC0)
+        time = kind < 0xF0 ? script.U32() : script.I64();
+    Require(reader_.SetPerPCMFrameTime(time) == 1, "SetPerPCMFrameTime");
+}
+
+void SliceScript::SetFormat(Input& script) {
+    constexpr std::uint32_t kRates[] = {0, 8000, 11025, 22050, 44100, 48000, 96000, 172, 200, 11'289'600};
+    constexpr std::uint16_t kWidths[] = {8, 16, 24, 32};
+    WAVEFORMATEX format = {};
+    const std::uint8_t kind = script.U8();
+    if (kind == 0xFF) {
+        format.wFormatTag = script.U16();
+        format.nChannels = script.U16();
+        format.nSamplesPerSec = script.U32();
+        format.nBlockAlign = script.U16();
+        format.wBitsPerSample = script.U16();
+    } else if (kind >= 0x10) {
+        format.wFormatTag = 1;
+        format.nChannels = static_cast<std::uint16_t>(1 + kind % 2);
+        format.wBitsPerSample = script.Choose(kWidths);
+        format.nSamplesPerSec = script.Choose(kRates);
+    }
+    Require(reader_.SetOutputWAVEFormat(format) == 1, "SetOutputWAVEFormat");
+}
+
+void SliceScript::Find(std::int64_t time) {
+    unsigned long position = 0;
+    Require(IsTruth(Watched("SeekTo", media_.WorkFor(), [&] { return places_.SeekTo(time, position); })),
+            "SeekTo of places");
+}
+
+void SliceScript::Step(Input& script) {
+    switch (script.U8() % 16) {
+    case 0:
+        Open();
+        break;
+    case 1:
+        Require(reader_.StopRead() == 1, "StopRead");
+        break;
+    case 2:
+        Require(IsTruth(reader_.StartRead()), "StartRead");
+        break;
+    case 3:
+        SetTime(script);
+        break;
+    case 4:
+        SetFormat(script);
+        break;
+    case 5:
+        Find(script.U8() * std::int64_t{100'000});
+        break;
+    case 6:
+        Find(script.I64());
+        break;
+    case 7:
+        Jump(script.U32());
+        break;
+    case 8:
+    case 9:
+    case 10:
+    case 11:
+        Jump(script.U8() % 32u);
+        break;
+    default:
+        Read();
+        break;
+    }
+}
+
+} // namespace fuzz

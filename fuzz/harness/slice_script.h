@@ -1,0 +1,33 @@
+/// The exported slice readers driven by an input.
+#pragma once
+
+#include "harness/media.h"
+
+#include "trnmpafileread/frame_readers.h"
+
+namespace fuzz {
+
+/// One reader of slices, one of places, and what may be done with them.
+class SliceScript {
+public:
+    explicit SliceScript(Media& media);
+
+    /// Initialize, SetInputFile, StartRead, of both.
+    void Open();
+    void Read();
+    void Jump(std::uint32_t slice);
+    /// Takes one operation from the script, and carries it out.
+    void Step(Input& script);
+
+private:
+    CComBSTR Path() const { return CComBSTR(media_.Path().c_str()); }
+    void SetTime(Input& script);
+    void SetFormat(Input& script);
+    void Find(std::int64_t time);
+
+    Media& media_;
+    TRN_MpAudioFileReader reader_;
+    TRN_MpaFileCompReader places_;
+};
+
+} // namespace fuzz
