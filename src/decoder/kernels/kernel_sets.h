@@ -32,8 +32,6 @@ void WindowSlots(const SynthesisRows* source, int channels, int count, std::int1
 void UndoMidSide(float* left, float* right, std::size_t count);
 void ReduceAliases(float* spectrum, int boundaries);
 void InverseMdct(const float* lines, int blockType, int count, float* overlap, float* slots);
-void ScaleSamples(const std::int32_t* samples, const std::int32_t* centres, const double* factors, int slots,
-                  float* subbands);
 void DoubleSamples(const std::uint8_t* samples, std::size_t count, std::uint8_t* output);
 
 } // namespace sse2

@@ -14,8 +14,9 @@ constexpr KernelTable kPlain = {plain::TransformSlots, plain::WindowSlots, plain
                                 plain::DoubleSamples};
 
 #if TRN_X86_KERNELS
+// Compilers make SSE2 code of the plain scaling that is not to be beaten by hand.
 constexpr KernelTable kSse2 = {sse2::TransformSlots, sse2::WindowSlots, sse2::UndoMidSide,
-                               sse2::ReduceAliases,  sse2::InverseMdct, sse2::ScaleSamples,
+                               sse2::ReduceAliases,  sse2::InverseMdct, plain::ScaleSamples,
                                sse2::DoubleSamples};
 constexpr KernelTable kAvx2 = {avx2::TransformSlots, avx2::WindowSlots, avx2::UndoMidSide,
                                avx2::ReduceAliases,  avx2::InverseMdct, avx2::ScaleSamples,

@@ -3,8 +3,6 @@
 
 #include <immintrin.h>
 
-#include <cstdint>
-
 namespace trnmpa {
 namespace {
 
@@ -78,13 +76,6 @@ struct Doubles4 {
     explicit Doubles4(double value) : v(_mm256_set1_pd(value)) {}
 
     static Doubles4 Load(const double* p) { return Doubles4(_mm256_loadu_pd(p)); }
-    /// a - b.
-    static Doubles4 LoadDifferences(const std::int32_t* a, const std::int32_t* b) {
-        const auto load = [](const std::int32_t* p) {
-            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        };
-        return Doubles4(_mm256_cvtepi32_pd(_mm_sub_epi32(load(a), load(b))));
-    }
     static Doubles4 LoadFloats(const float* p) { return Doubles4(_mm256_cvtps_pd(_mm_loadu_ps(p))); }
     void StoreFloats(float* p) const { _mm_storeu_ps(p, _mm256_cvtpd_ps(v)); }
     Doubles4 operator+(Doubles4 b) const { return Doubles4(_mm256_add_pd(v, b.v)); }

@@ -3,8 +3,6 @@
 
 #include <emmintrin.h>
 
-#include <cstdint>
-
 namespace trnmpa {
 namespace {
 
@@ -51,13 +49,6 @@ struct Doubles2 {
     explicit Doubles2(double value) : v(_mm_set1_pd(value)) {}
 
     static Doubles2 Load(const double* p) { return Doubles2(_mm_loadu_pd(p)); }
-    /// a - b.
-    static Doubles2 LoadDifferences(const std::int32_t* a, const std::int32_t* b) {
-        const auto load = [](const std::int32_t* p) {
-            return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-        };
-        return Doubles2(_mm_cvtepi32_pd(_mm_sub_epi32(load(a), load(b))));
-    }
     static Doubles2 LoadFloats(const float* p) { return Doubles2(_mm_cvtps_pd(LoadPair(p))); }
     void StoreFloats(float* p) const { StorePair(p, _mm_cvtpd_ps(v)); }
     Doubles2 operator+(Doubles2 b) const { return Doubles2(_mm_add_pd(v, b.v)); }
