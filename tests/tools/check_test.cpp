@@ -220,21 +220,6 @@ TEST_F(CheckTest, WhatIsNoMpegAudio) {
     EXPECT_EQ(Run({"check"}).exitStatus, 2);
 }
 
-TEST_F(CheckTest, ManyFindingsAreCountedAndNotAllListed) {
-    const Bytes two = Joined({test::SilentLayer3(1), test::FramesOf({0xFF, 0xFA, 0x90, 0x00}, 417, 1)});
-    Bytes file;
-    for (int i = 0; i < 1030; ++i)
-        file.insert(file.end(), two.begin(), two.end());
-    const std::string text = Check(file, kDamaged);
-    EXPECT_THAT(text, StartsWith("damaged: 1,030 CRC failures (2,060 frames, "));
-    EXPECT_EQ(std::ranges::count(text, '\n'), 1 + 1000 + 1);
-    EXPECT_TRUE(text.ends_with("  and 30 more, which are not listed\n"));
-    const Json object = Json::parse(Run({"check", "--json", "a.mp3"}).output).at(0);
-    EXPECT_EQ(object.at("findings").size(), 1000u);
-    EXPECT_EQ(object.at("unlisted"), 30);
-    EXPECT_EQ(object.at("counts"), (Json{{"crc-failure", 1030}}));
-}
-
 TEST_F(CheckTest, JsonForm) {
     Bytes file = clean_;
     file.insert(file.begin() + 5 * kFrame, 100, 0);
