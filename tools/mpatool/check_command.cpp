@@ -20,8 +20,7 @@ using Json = nlohmann::ordered_json;
 /// Has the module decode all of the file and adds where it fails.
 void CheckDecode(ModuleHost& host, const std::wstring& file, StreamCheckResult& result) {
     constexpr std::int64_t kSamplesAtOnce = 65536;
-    const bool isHopeless = result.needsIndex && !result.hasIndex;
-    if (isHopeless || result.findings.Count(FindingKind::kUnreadable) > 0)
+    if (!result.opens && !result.hasIndex)
         return;
     Finding finding = result.At(FindingKind::kUnreadable, result.format.firstFrameOffset,
                                 result.format.firstFrameOffset, 0);

@@ -56,6 +56,9 @@ std::string Padded(const std::string& text, std::size_t width) {
 /// A name for programs: "lost-sync".
 std::string Identifier(std::string name) {
     std::ranges::replace(name, ' ', '-');
+    std::ranges::transform(name, name.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
     return name;
 }
 

@@ -39,10 +39,13 @@ void IndexCompare::AddDelivered(std::int64_t offset) {
     if (hasIndex_ && offset >= begin_) {
         while (next_ && next_->frameOffset < offset)
             SkipEntry();
-        if (next_ && next_->frameOffset == offset)
-            Advance();
-        else
+        const bool isListed = next_ && next_->frameOffset == offset;
+        if (!isListed)
             Differ(offset, deliveredOnly_);
+        ++delivered_;
+        if (isListed)
+            Advance();
+        return;
     }
     ++delivered_;
 }

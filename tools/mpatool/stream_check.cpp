@@ -41,7 +41,7 @@ public:
         end_ = trailingTags_.empty() ? result_.fileBytes : trailingTags_.front().offset;
         FindStart();
         AddTags(FindingKind::kLeadingTag, leadingTags_);
-        gaps_.Look(std::nullopt, begin_, result_.format.firstFrameOffset);
+        LookBetween(begin_, result_.format.firstFrameOffset);
         Walk();
         LookAtEnd();
         AddTags(FindingKind::kTrailingTag, trailingTags_);
@@ -66,13 +66,17 @@ private:
         const MpaFrameHeader& format = result_.format;
         result_.samplesPerFrame = trnmpa::SamplesPerFrame(format.layer, format.lsf != 0 ? 2 : 1);
         result_.delaySamples = trnmpa::BuiltInDecoderDelay(format.layer);
-        result_.needsIndex = needsIndex;
+        result_.opens = opens;
         if (needsIndex)
             AddAt(FindingKind::kPositions, {position_, 0},
                   "Layer II at such a sampling frequency is read right with an index only");
         else if (!opens)
             AddAt(FindingKind::kUnreadable, {position_, 0},
                   "the module does not find the first frame, which begins here");
+        else if (chain && !HaveOneFormat(chain->first, format))
+            AddAt(FindingKind::kUnreadable, {format.firstFrameOffset, 0},
+                  "by the header here the module takes the stream for " + FormatText(format) + ", it is " +
+                      FormatText(chain->first));
     }
 
     std::optional<FrameChain> FindStream() {
@@ -114,7 +118,7 @@ private:
     }
 
     void LookAt(const WalkedFrame& frame) {
-        gaps_.Look(last_, position_, frame.offset);
+        LookBetween(position_, frame.offset);
         const auto bytes = window_.At(frame.offset, static_cast<std::size_t>(frame.frameBytes));
         const FrameFaults faults = frameCheck_.Check(bytes);
         if (faults.hasWrongCrc)
@@ -141,7 +145,7 @@ private:
 
     void LookAtEnd() {
         const std::int64_t cut = FindCutFrame(window_, last_.value_or(result_.format), position_, end_);
-        gaps_.Look(last_, position_, cut);
+        LookBetween(position_, cut);
         if (position_ > end_ && last_)
             AddCutEnd(window_, last_->firstFrameOffset, end_, result_);
         else if (cut < end_)
@@ -156,9 +160,7 @@ private:
         if (!end)
             AddAt(FindingKind::kPositions, {begin_, 0}, "no index can be built of this file");
         else if (end->offset < end_ - trnmpa::kHeaderSearchBytes)
-            AddAt(FindingKind::kSearchEnds, *end,
-                  "no frame header in " + FormatCount(trnmpa::kHeaderSearchBytes) +
-                      " bytes; an index ends here");
+            AddIndexEnd(*end);
         const auto difference = compare_->FirstDifference();
         if (difference && difference->offset < end_)
             AddAt(FindingKind::kPositions, *difference,
@@ -170,6 +172,22 @@ private:
         result_.hasIndex = verdict.kind != IndexVerdict::Kind::kMissing;
         if (verdict.kind == IndexVerdict::Kind::kStale)
             AddAt(FindingKind::kIndex, {0, 0}, verdict.difference);
+    }
+
+    /// The search of an index can step over headers of MPEG 2.5 where nothing is wrong.
+    void AddIndexEnd(IndexCompare::Place place) {
+        const std::string limit = FormatCount(trnmpa::kHeaderSearchBytes);
+        if (longestGap_ >= trnmpa::kHeaderSearchBytes)
+            AddAt(FindingKind::kSearchEnds, place,
+                  "no frame header in " + limit + " bytes; an index ends here");
+        else
+            AddAt(FindingKind::kPositions, place,
+                  "an index ends here, its search finds no header in " + limit + " bytes");
+    }
+
+    void LookBetween(std::int64_t from, std::int64_t to) {
+        longestGap_ = std::max(longestGap_, to - from);
+        gaps_.Look(last_, from, to);
     }
 
     const std::wstring path_;
@@ -184,6 +202,7 @@ private:
     std::int64_t begin_ = 0; ///< of what lies between the tags
     std::int64_t end_ = 0;
     std::int64_t position_ = 0; ///< the end of the last frame
+    std::int64_t longestGap_ = 0;
     std::optional<MpaFrameHeader> last_;
     std::optional<IndexCompare> compare_;
 };

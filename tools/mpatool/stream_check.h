@@ -13,7 +13,7 @@ struct StreamCheckResult {
     std::int64_t fileBytes = 0;
     trnmpa::MpaFrameHeader format;    ///< of the stream's first frame
     bool hasIndex = false;            ///< one lies beside the file
-    bool needsIndex = false;          ///< the module does not read such streams without one
+    bool opens = false;               ///< the module reads it without one
     std::int64_t frames = 0;          ///< delivered
     std::int32_t samplesPerFrame = 0; ///< per channel
     std::int32_t delaySamples = 0;    ///< left out before sample 0
