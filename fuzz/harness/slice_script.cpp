@@ -23,6 +23,23 @@ void SliceScript::Open() {
     Require(places_.GetOriginalStreamInfo(info) == 1, "stream information");
 }
 
+/// Bytes of a slice with the settings as they are; 0 when the file cannot hold one, or it would have 2 GiB.
+std::size_t SliceScript::LargestSlice() {
+    // No frame has less than 24 bytes, or more PCM.
+    const double most = (static_cast<double>(media_.WorkFor().inputBytes) / 24 + 1) * 4608;
+    WAVEFORMATEX format = {};
+    reader_.GetOriginalStreamInfo(format);
+    double bytes = static_cast<double>(time_) / 1e7 * format.nAvgBytesPerSec + format.nBlockAlign;
+    if (bytes > most)
+        return 0;
+    const bool isConverted = format_.wFormatTag == 1 && format_.nSamplesPerSec != 0;
+    if (isConverted && format.nBlockAlign != 0 && format.nSamplesPerSec != 0)
+        bytes *= static_cast<double>(format_.nSamplesPerSec) / format.nSamplesPerSec * format_.nChannels *
+                 format_.wBitsPerSample / 8 / format.nBlockAlign;
+    bytes += 16;
+    return bytes > 0 && bytes < 2147483648.0 ? static_cast<std::size_t>(bytes) : 0;
+}
+
 void SliceScript::Read() {
     unsigned char* data = nullptr;
     std::int32_t length = -1;
@@ -45,7 +62,8 @@ void SliceScript::SetTime(Input& script) {
     const std::uint8_t kind = script.U8();
     std::int64_t time = kind * std::int64_t{10'000};
     if (kind >= 0xC0)
-        time = kind < 0xF0 ? script.U32() : script.I64();
+        time = kind < 0xF0 ? script.U32() % 100'000'000 : script.I64();
+    time_ = time;
     Require(reader_.SetPerPCMFrameTime(time) == 1, "SetPerPCMFrameTime");
 }
 
@@ -66,6 +84,7 @@ void SliceScript::SetFormat(Input& script) {
         format.wBitsPerSample = script.Choose(kWidths);
         format.nSamplesPerSec = script.Choose(kRates);
     }
+    format_ = format;
     Require(reader_.SetOutputWAVEFormat(format) == 1, "SetOutputWAVEFormat");
 }
 

@@ -24,10 +24,13 @@ private:
     void SetTime(Input& script);
     void SetFormat(Input& script);
     void Find(std::int64_t time);
+    std::size_t LargestSlice();
 
     Media& media_;
     TRN_MpAudioFileReader reader_;
     TRN_MpaFileCompReader places_;
+    std::int64_t time_ = 400'000;
+    WAVEFORMATEX format_ = {};
 };
 
 } // namespace fuzz

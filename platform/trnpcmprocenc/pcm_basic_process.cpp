@@ -103,6 +103,23 @@ std::int32_t TRN_PCMBasicProcess::LookAheadSamples(const WAVEFORMATEX& original,
         pcm::SliceResampler::ReachSamples(conversion->original.rate, conversion->output.rate));
 }
 
+std::int64_t TRN_PCMBasicProcess::ConvertedBytes(const WAVEFORMATEX& original, const WAVEFORMATEX& output,
+                                                 std::int64_t position, std::int64_t length) {
+    const std::optional<pcm::Conversion> conversion = pcm::UnderstandPair(original, output);
+    if (!conversion || position < 0 || length < 0)
+        return -1;
+    const auto block = static_cast<std::int64_t>(conversion->original.BlockBytes());
+    std::int64_t samples = length / block;
+    if (length % block != 0 || position > pcm::RateGrid::kMaximumPosition - samples)
+        return -1;
+    if (conversion->ChangesRate()) {
+        const pcm::RateGrid grid(conversion->original.rate, conversion->output.rate);
+        samples = grid.SamplesBefore(position + samples) - grid.SamplesBefore(position);
+    }
+    const auto most = static_cast<std::int64_t>(INT_MAX / conversion->output.BlockBytes());
+    return samples <= most ? samples * static_cast<std::int64_t>(conversion->output.BlockBytes()) : -1;
+}
+
 std::int32_t TRN_PCMBasicProcess::ReformatLPCM(const WAVEFORMATEX& original, const std::uint8_t* data,
                                                std::int32_t length, const WAVEFORMATEX& output,
                                                std::uint8_t*& converted, std::int32_t& convertedLength,

@@ -43,6 +43,12 @@ public:
     /// when the rates are equal or a format is not served.
     static std::int32_t LookAheadSamples(const WAVEFORMATEX& original, const WAVEFORMATEX& output);
 
+    /// Bytes that ReformatLPCM makes of `length` bytes, a whole number of samples, that begin with sample
+    /// `position` of the stream; -1 when a format is not served, the slice reaches over position 2^53, or the
+    /// result would have 2 GiB.
+    static std::int64_t ConvertedBytes(const WAVEFORMATEX& original, const WAVEFORMATEX& output,
+                                       std::int64_t position, std::int64_t length);
+
     /// Converts a slice of `length` bytes. `converted` and `convertedLength` (bytes) get the result, which
     /// the object keeps until the next call. `mode` is the library's own (1); the stand-in ignores it.
     ///

@@ -57,7 +57,8 @@ unsigned long CBufferedFileStream::Release() {
 }
 
 std::int32_t CBufferedFileStream::Open(const std::wstring& path, std::uint32_t mode) {
-    std::fill_n(buffer_.get(), bufferBytes_, std::uint8_t{0});
+    std::fill_n(buffer_.get(), usedBytes_, std::uint8_t{0});
+    usedBytes_ = 0;
     validBytes_ = 0;
     position_ = 0;
     bufferStart_ = 0;
@@ -125,6 +126,8 @@ bool CBufferedFileStream::Fill() {
     if (inner_->Seek(position_, kSeekFromStart) < 0)
         return false;
     const std::uint32_t delivered = inner_->Read(buffer_.get(), bufferBytes_);
+    // A read that failed may have left anything.
+    usedBytes_ = std::max(usedBytes_, std::min(delivered, bufferBytes_));
     if (delivered == kTransferFailed)
         return false;
     validBytes_ = std::min(delivered, bufferBytes_);

@@ -51,6 +51,7 @@ private:
     IFileStream* inner_;
     std::uint32_t bufferBytes_;
     std::unique_ptr<std::uint8_t[]> buffer_;
+    std::uint32_t usedBytes_ = 0; ///< from its start; no byte behind them was ever written
     std::uint32_t validBytes_ = 0;
     std::int64_t position_ = 0;
     std::int64_t bufferStart_ = 0;

@@ -74,8 +74,7 @@ std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::si
 }
 
 std::int32_t KwMpAudioReader2::Silence(std::size_t bytes, unsigned char*& data) {
-    data = outputBuffer_.Require(std::max<std::size_t>(bytes, 1));
-    std::memset(data, 0, bytes);
+    data = pcmBufferA_.RequireZeros(std::max<std::size_t>(bytes, 1));
     return kSuccess;
 }
 

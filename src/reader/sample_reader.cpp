@@ -48,7 +48,6 @@ std::int32_t KwMpAudioReader2::Close() {
     indexSource_.reset();
     pcmBufferA_.Release();
     pcmBufferB_.reset();
-    outputBuffer_.Release();
     stream_ = Stream();
     return kSuccess;
 }

@@ -120,9 +120,8 @@ private:
     const std::int32_t decoderUse_; ///< the decoder selector as construction found it
     std::unique_ptr<FrameSource> frames_;
     std::unique_ptr<CMpAudioFrameBufferReader> indexSource_;
-    ByteBuffer pcmBufferA_;                      ///< the request
+    ByteBuffer pcmBufferA_;                      ///< the request, or silence
     std::unique_ptr<std::int16_t[]> pcmBufferB_; ///< the last decoded frame
-    ByteBuffer outputBuffer_;                    ///< silence for callers
     Stream stream_;
 };
 

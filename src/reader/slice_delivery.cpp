@@ -1,7 +1,6 @@
 // How slices are read, in order and after a jump.
 
 #include "reader/frame_agreement.h"
-#include "reader/pcm_gain.h"
 #include "reader/slice_reader.h"
 #include "reader/slice_times.h"
 
@@ -40,26 +39,12 @@ std::int32_t KwMpAudioReader::ReadFrame(PcmSlice& slice) {
     slice = {};
     std::int32_t result = 0;
     if (CanRead())
-        result = ReadConverted(slice);
+        result = ReadRequested(slice);
     else
         stream_.knowsPlace = false;
     // The number after the last is 0 again, and what is read there does not go on from here.
     stream_.currentSlice = ++stream_.requestedSlice;
     stream_.knowsPlace &= stream_.currentSlice != 0;
-    return result;
-}
-
-std::int32_t KwMpAudioReader::ReadConverted(PcmSlice& slice) {
-    std::int32_t result = ReadRequested(slice);
-    try {
-        if (slice.data != nullptr && HasOutputFormat() && !Convert(slice))
-            result = 0;
-        Amplify(slice);
-    } catch (...) {
-        slice.data = nullptr;
-        slice.length = 0;
-        result = 0;
-    }
     return result;
 }
 
@@ -73,9 +58,9 @@ std::int32_t KwMpAudioReader::ReadRequested(PcmSlice& slice) {
     try {
         if (jumps)
             SeekAndPrime(AnchorSlice(requested), requested);
-        ReadSlice(requested, slice);
+        const bool delivered = ReadSlice(requested, slice);
         stream_.knowsPlace = true;
-        return 1;
+        return delivered ? 1 : 0;
     } catch (int code) {
         // At the end of the data reading on gives the end again, wherever a computed place might lead.
         stream_.metEnd = code == AMP_ERR_END_OF_STREAM;
@@ -87,15 +72,6 @@ std::int32_t KwMpAudioReader::ReadRequested(PcmSlice& slice) {
     stream_.queue.Clear();
     // The result of the slices that were read on the way stands, except at the end.
     return stream_.slicesBefore && !slice.atEnd ? 1 : 0;
-}
-
-void KwMpAudioReader::ReadSlice(std::int64_t slice, PcmSlice& result) {
-    const auto bytes = static_cast<std::size_t>(BytesBefore(slice + 1) - BytesBefore(slice));
-    FillQueue(bytes);
-    LookAhead(bytes + LookAheadBytes());
-    result.data = stream_.queue.Take(bytes).data();
-    result.length = static_cast<std::int32_t>(bytes);
-    result.format = stream_.format;
 }
 
 /// Where reading begins on the way to a slice: far enough back for the decoder to settle and for the
@@ -216,44 +192,6 @@ bool KwMpAudioReader::HasOutputFormat() const {
     const WAVEFORMATEX& format = outputFormat_;
     return format.wFormatTag != 0 || format.nChannels != 0 || format.nSamplesPerSec != 0 ||
            format.nAvgBytesPerSec != 0 || format.nBlockAlign != 0 || format.wBitsPerSample != 0;
-}
-
-bool KwMpAudioReader::Convert(PcmSlice& slice) {
-    std::uint8_t* converted = nullptr;
-    std::int32_t length = 0;
-    const std::span<std::uint8_t> waiting = stream_.queue.Waiting();
-    PlaceConverter(static_cast<std::size_t>(slice.length));
-    const bool done =
-        slice.length == 0 ||
-        converter_->ReformatLPCM(stream_.format, slice.data, slice.length, outputFormat_, converted, length,
-                                 1, waiting.first(std::min(waiting.size(), LookAheadBytes()))) != 0;
-    slice.data = done ? converted : nullptr;
-    slice.length = done ? length : 0;
-    slice.format = outputFormat_;
-    return done;
-}
-
-/// Tells the converter what precedes the slice, which it need not have seen: there may have been a jump,
-/// another format or one that is not served.
-void KwMpAudioReader::PlaceConverter(std::size_t sliceBytes) {
-    const std::int64_t position = BytesBefore(stream_.requestedSlice);
-    const std::size_t needed = std::min(LookAheadBytes(), static_cast<std::size_t>(position));
-    if (LookAheadBytes() == 0)
-        return;
-    const auto taken = stream_.queue.Taken(needed + sliceBytes);
-    const auto before = taken.first(taken.size() - std::min(sliceBytes, taken.size()));
-    converter_->SetResampleParater(before.data(), static_cast<std::int32_t>(before.size()), stream_.format,
-                                   outputFormat_, 1, position / stream_.format.nBlockAlign);
-}
-
-/// The built-in decoder gives layer III at half of its amplitude.
-void KwMpAudioReader::Amplify(PcmSlice& slice) {
-    if (stream_.layout.frame.layer != 3 || slice.data == nullptr)
-        return;
-    const auto bytes = static_cast<std::size_t>(slice.length);
-    unsigned char* amplified = amplified_.Require(std::max<std::size_t>(bytes, 1));
-    DoubleAmplitude({slice.data, bytes}, slice.format.wBitsPerSample, amplified);
-    slice.data = amplified;
 }
 
 } // namespace trnmpa

@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -89,9 +90,8 @@ private:
     // Delivery.
     bool CanRead() const;
     std::int64_t BytesBefore(std::int64_t slice) const;
-    std::int32_t ReadConverted(PcmSlice& slice);
     std::int32_t ReadRequested(PcmSlice& slice);
-    void ReadSlice(std::int64_t slice, PcmSlice& result);
+    bool ReadSlice(std::int64_t slice, PcmSlice& result);
     std::int64_t AnchorSlice(std::int64_t slice) const;
     void SeekAndPrime(std::int64_t anchor, std::int64_t slice);
     void PassOver(std::int64_t bytes);
@@ -104,9 +104,12 @@ private:
     void DecodeToQueue();
     std::size_t LookAheadBytes() const;
     bool HasOutputFormat() const;
-    bool Convert(PcmSlice& slice);
-    void PlaceConverter(std::size_t sliceBytes);
-    void Amplify(PcmSlice& slice);
+
+    // Pieces of a slice.
+    std::optional<std::size_t> ResultBytes(std::int64_t position, std::int64_t bytes) const;
+    std::int64_t PieceBytes() const;
+    void PlaceConverter(std::int64_t position, std::size_t pieceBytes);
+    std::span<const std::uint8_t> Convert(std::span<const std::uint8_t> piece);
 
     std::wstring path_;
     bool hasIndex_ = false;
@@ -116,7 +119,7 @@ private:
     std::unique_ptr<CMpAudioFrameBufferReader> index_;
     std::unique_ptr<TRN_PCMBasicProcess> converter_;
     std::array<std::int16_t, kMaximumFramePcmValues> framePcm_ = {};
-    ByteBuffer amplified_;
+    ByteBuffer result_; ///< the slice that the caller has
     Stream stream_;
 };
 

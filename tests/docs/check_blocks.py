@@ -10,6 +10,7 @@ text, mermaid and json show, and are not run. Any other language fails.
 import argparse
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -91,6 +92,13 @@ class Bench:
             if command.startswith("make "):
                 # The targets build whole trees; that they exist is what is checked here.
                 self.run(["make", "-n", *command.split()[1:]], cwd=SOURCE)
+            elif command.startswith("scripts/"):
+                # What they do is for a developer's patience; the script is there.
+                self.run(["test", "-x", SOURCE / command.split()[0]])
+            elif command.startswith("ctest "):
+                listed = self.run(["ctest", "--test-dir", self.build, "-N", *shlex.split(command)[3:]]).stdout
+                if not re.search(r"Total Tests: [1-9]", listed):
+                    sys.exit(f"no such test: {command}")
             elif command.startswith("cmake --install "):
                 self.run(["cmake", "--install", self.build, "--prefix", folder / "trn"])
             elif command.startswith("mpatool "):

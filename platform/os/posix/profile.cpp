@@ -46,6 +46,7 @@ bool SameName(std::wstring_view left, std::wstring_view right) {
 
 std::wstring WidenUtf16(std::string_view bytes, unsigned highByte) {
     std::wstring text;
+    text.reserve(bytes.size() / 2);
     for (std::size_t index = 0; index + 1 < bytes.size(); index += 2) {
         const auto high = static_cast<std::uint8_t>(bytes[index + highByte]);
         const auto low = static_cast<std::uint8_t>(bytes[index + 1 - highByte]);
@@ -56,6 +57,7 @@ std::wstring WidenUtf16(std::string_view bytes, unsigned highByte) {
 
 std::wstring WidenLatin1(std::string_view bytes) {
     std::wstring text;
+    text.reserve(bytes.size());
     for (const char byte : bytes)
         text += static_cast<wchar_t>(static_cast<std::uint8_t>(byte));
     return text;
