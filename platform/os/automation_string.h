@@ -5,6 +5,7 @@
 #pragma once
 
 #include <climits>
+#include <new>
 #include <string_view>
 
 #if defined(_MSC_VER)
@@ -74,8 +75,14 @@ public:
 namespace os {
 
 /// The automation string with the characters of `text`; null when it is longer than such a string can be.
+/// Throws std::bad_alloc: what is made of an empty path must not pass for an answer about another.
 inline CComBSTR ToAutomationString(std::wstring_view text) {
-    return text.size() <= INT_MAX ? CComBSTR(static_cast<int>(text.size()), text.data()) : CComBSTR();
+    if (text.size() > INT_MAX)
+        return {};
+    CComBSTR string(static_cast<int>(text.size()), text.data());
+    if (string.m_str == nullptr && !text.empty())
+        throw std::bad_alloc();
+    return string;
 }
 
 /// The characters of `text`, valid as long as it is.

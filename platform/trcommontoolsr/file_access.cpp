@@ -46,10 +46,6 @@ void TRCT_FileAccess::SetStorageFolder(const std::wstring& folder) {
 }
 
 std::int32_t TRCT_FileExists(CComBSTR path) {
-    try {
-        const std::optional<std::wstring> place = storage::Resolve(os::CharactersOf(path));
-        return place && os::FileExists(*place) ? 1 : 0;
-    } catch (const std::exception&) {
-        return 0;
-    }
+    const std::optional<std::wstring> place = storage::Resolve(os::CharactersOf(path));
+    return place && os::FileExists(*place) ? 1 : 0;
 }

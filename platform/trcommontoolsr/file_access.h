@@ -51,5 +51,5 @@ private:
 };
 
 /// The library's file-exists test (imported by ordinal 3): non-zero when a file of that name exists (a folder
-/// does not count). Resolves storage paths as TRCT_FileAccess does.
+/// does not count). Resolves storage paths as TRCT_FileAccess does. Throws std::bad_alloc.
 std::int32_t TRCT_FileExists(CComBSTR path);

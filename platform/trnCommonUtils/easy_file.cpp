@@ -1,6 +1,5 @@
 #include "trnCommonUtils/easy_file.h"
 
-#include <exception>
 #include <string>
 
 void TRN_EasyFile::SetReadBlockSize(std::uint32_t bytes) {
@@ -9,11 +8,7 @@ void TRN_EasyFile::SetReadBlockSize(std::uint32_t bytes) {
 
 std::int32_t TRN_EasyFile::Open(CComBSTR path) {
     reader_.Close();
-    try {
-        return reader_.Open(std::wstring(os::CharactersOf(path))) ? 1 : 0;
-    } catch (const std::exception&) {
-        return 0;
-    }
+    return reader_.Open(std::wstring(os::CharactersOf(path))) ? 1 : 0;
 }
 
 void TRN_EasyFile::Close() {

@@ -14,7 +14,7 @@ public:
     void SetReadBlockSize(std::uint32_t bytes);
 
     /// Opens `path` for reading; an earlier file is closed. 1 on success, else 0 (every read then gives 0
-    /// bytes).
+    /// bytes). Throws std::bad_alloc.
     std::int32_t Open(CComBSTR path);
     void Close();
 

@@ -1,18 +1,11 @@
 #include "trnmediadet/media_info.h"
 
-#include <exception>
-
 std::int32_t TRN_MediaInfoTransformer::Info1TransToInfo2(const KW_MEDIA_BASE_INFO_ST* first,
                                                          TRN_MEDIA_INFO2* second) {
     if (first == nullptr || second == nullptr)
         return 0;
-    try {
-        // The copy of the path is the one step that can fail; it comes first, so that failure changes
-        // nothing.
-        second->filePath = first->filePath;
-    } catch (const std::exception&) {
-        return 0;
-    }
+    // The copy of the path is the one step that can fail; it comes first, so that failure changes nothing.
+    second->filePath = first->filePath;
     second->fileSize = first->fileSize;
     second->classIdentifier = first->classIdentifier;
     second->audioCodec = first->audioCodec;

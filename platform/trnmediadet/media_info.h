@@ -33,6 +33,6 @@ struct TRN_MEDIA_INFO2 {
 /// Converts media descriptions.
 class TRN_MediaInfoTransformer {
 public:
-    /// Fills `*second` from `*first`. 1 on success, 0 for a null pointer.
+    /// Fills `*second` from `*first`. 1 on success, 0 for a null pointer. Throws std::bad_alloc.
     std::int32_t Info1TransToInfo2(const KW_MEDIA_BASE_INFO_ST* first, TRN_MEDIA_INFO2* second);
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <stdexcept>
 
 namespace trnmpa {
 
@@ -49,11 +50,23 @@ bool FileAccessHeaderSource::SetPosition(std::int64_t position) {
     return file_.SetPosition(position) != 0;
 }
 
-std::size_t FileReaderHeaderSource::Read(std::span<std::uint8_t> destination) {
+std::size_t FileReaderHeaderSource::ReadOnce(std::span<std::uint8_t> destination) {
     constexpr std::size_t kMost = std::numeric_limits<std::int32_t>::max();
     const std::int32_t read =
         file_.Read(destination.data(), static_cast<std::int32_t>(std::min(destination.size(), kMost)));
     return static_cast<std::size_t>(read);
+}
+
+std::size_t FileReaderHeaderSource::Read(std::span<std::uint8_t> destination) {
+    std::size_t read = ReadOnce(destination);
+    // The file may have grown meanwhile; only what is there and does not come is an error.
+    while (read < destination.size() && file_.GetPosition() < file_.GetLength()) {
+        const std::size_t more = ReadOnce(destination.subspan(read));
+        if (more == 0)
+            throw std::runtime_error("a read error");
+        read += more;
+    }
+    return read;
 }
 
 std::int64_t FileReaderHeaderSource::Position() {

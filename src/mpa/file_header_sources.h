@@ -38,7 +38,8 @@ private:
     TRCT_FileAccess& file_;
 };
 
-/// Over the index builder's media file; shares its position.
+/// Over the index builder's media file; shares its position. A read that ends before the file does throws
+/// std::runtime_error: an index of what came before must not pass for a whole one.
 class FileReaderHeaderSource final : public HeaderSource {
 public:
     explicit FileReaderHeaderSource(CFileReader& file) : file_(file) {}
@@ -48,6 +49,8 @@ public:
     bool SetPosition(std::int64_t position) override;
 
 private:
+    std::size_t ReadOnce(std::span<std::uint8_t> destination);
+
     CFileReader& file_;
 };
 

@@ -9,17 +9,10 @@
 
 namespace {
 
-/// Runs an operation of the engine; without one its code, and its code for what is thrown.
-template <typename Operation>
-std::int32_t WithEngine(trnmpa::KwMpAudioReader2* engine, Operation&& operation) noexcept {
-    if (engine == nullptr)
-        return TRN_AUDIO_READER_NO_ENGINE;
-    try {
-        return operation();
-    } catch (...) {
-        return TRN_AUDIO_READER_EXCEPTION;
-    }
-}
+using trnmpa::WithEngine;
+
+constexpr trnmpa::EngineFailures kFailures = {.missing = TRN_AUDIO_READER_NO_ENGINE,
+                                              .thrown = TRN_AUDIO_READER_EXCEPTION};
 
 } // namespace
 
@@ -45,13 +38,12 @@ TRN_MpAudioFileReader2::~TRN_MpAudioFileReader2() {
 
 std::int32_t TRN_MpAudioFileReader2::Initialize() {
     Release();
-    std::unique_ptr<trnmpa::KwMpAudioReader2> engine;
-    trnmpa::Guarded([&] {
-        engine = std::make_unique<trnmpa::KwMpAudioReader2>();
+    trnmpa::Guarded([this] {
+        engine_ = std::make_unique<trnmpa::KwMpAudioReader2>().release();
         return 1;
     });
-    engine_ = engine.release();
-    return WithEngine(engine_, [this] { return engine_->Initialize(); });
+    return WithEngine(
+        engine_, [](auto& engine) { return engine.Initialize(); }, kFailures);
 }
 
 std::int32_t TRN_MpAudioFileReader2::AddRef() {
@@ -68,23 +60,27 @@ std::int32_t TRN_MpAudioFileReader2::Release() {
 }
 
 std::int32_t TRN_MpAudioFileReader2::SetInputFile(CComBSTR path) {
-    return WithEngine(engine_, [&] { return engine_->SetInputFile(std::wstring(os::CharactersOf(path))); });
+    return WithEngine(
+        engine_, [&](auto& engine) { return engine.SetInputFile(std::wstring(os::CharactersOf(path))); },
+        kFailures);
 }
 
 std::int32_t TRN_MpAudioFileReader2::GetSamples(AudioReaderDataIn request, unsigned char** data,
                                                 std::int32_t& size, unsigned long* extra) {
     size = 0;
     unsigned char* pcm = nullptr;
-    const std::int32_t result =
-        WithEngine(engine_, [&] { return engine_->GetSamples(request, pcm, size, extra); });
+    const std::int32_t result = WithEngine(
+        engine_, [&](auto& engine) { return engine.GetSamples(request, pcm, size, extra); }, kFailures);
     if (data != nullptr)
         *data = pcm;
     return result;
 }
 
 std::int32_t TRN_MpAudioFileReader2::GetItemInfo(void* info) {
-    return WithEngine(engine_,
-                      [&] { return engine_->GetStreamInfo(static_cast<KW_MEDIA_BASE_INFO_ST*>(info)); });
+    return WithEngine(
+        engine_,
+        [info](auto& engine) { return engine.GetStreamInfo(static_cast<KW_MEDIA_BASE_INFO_ST*>(info)); },
+        kFailures);
 }
 
 std::int32_t TRN_MpAudioFileReader2::ConfigureObj(std::int32_t, void*, std::int32_t, void*, std::int32_t) {

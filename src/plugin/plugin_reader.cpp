@@ -71,14 +71,15 @@ std::int32_t kwMpaPluginReaderClass::OpenIndexBuilder() {
 }
 
 std::int32_t kwMpaPluginReaderClass::CreateFileIndex() {
-    return indexBuilder_ != nullptr ? TruthOf(indexBuilder_->CreateFileIndex()) : 0;
+    return WithEngine(indexBuilder_.get(), [](auto& builder) { return TruthOf(builder.CreateFileIndex()); });
 }
 
 std::int32_t kwMpaPluginReaderClass::GetIndexProgress(std::int32_t kind, PLUGIN_INDEX_PROGRESS* record) {
-    if (indexBuilder_ == nullptr || record == nullptr || kind != TRN_INDEX_PROGRESS_RECORD)
+    if (record == nullptr || kind != TRN_INDEX_PROGRESS_RECORD)
         return 0;
     PROGRESS_INFO progress = {};
-    if (indexBuilder_->GetFileIdxingProgress(progress) < 1)
+    if (WithEngine(indexBuilder_.get(),
+                   [&](auto& builder) { return builder.GetFileIdxingProgress(progress); }) < 1)
         return 0;
     *record = {};
     record->percent = progress.percent;
@@ -88,7 +89,7 @@ std::int32_t kwMpaPluginReaderClass::GetIndexProgress(std::int32_t kind, PLUGIN_
 }
 
 std::int32_t kwMpaPluginReaderClass::CancelIndexing() {
-    return indexBuilder_ != nullptr ? indexBuilder_->CancelIndexing() : 0;
+    return WithEngine(indexBuilder_.get(), [](auto& builder) { return builder.CancelIndexing(); });
 }
 
 std::int32_t kwMpaPluginReaderClass::GetFileInfo(std::int32_t kind, void* record) {
@@ -111,12 +112,12 @@ std::int32_t kwMpaPluginReaderClass::ClassReserved1() {
 
 std::int32_t kwMpaPluginReaderClass::ReadSamples(std::uint32_t, std::int64_t start, std::uint32_t count,
                                                  unsigned char** data, std::int32_t* size) {
-    if (sampleReader_ == nullptr || data == nullptr || size == nullptr)
+    if (data == nullptr || size == nullptr)
         return 0;
-    return Guarded([&] {
+    return WithEngine(sampleReader_.get(), [&](auto& reader) {
         request_.startSample = start;
         request_.sampleCount = count;
-        return TruthOf(sampleReader_->GetSamples(request_, *data, *size, nullptr));
+        return TruthOf(reader.GetSamples(request_, *data, *size, nullptr));
     });
 }
 

@@ -5,6 +5,8 @@
 #include "mpa/stream_start.h"
 #include "reader/frame_agreement.h"
 
+#include <new>
+
 namespace trnmpa {
 
 BuiltInFrames::BuiltInFrames() : decoder_(AMPDecoderCreate()) {
@@ -17,7 +19,8 @@ BuiltInFrames::BuiltInFrames() : decoder_(AMPDecoderCreate()) {
 
 void BuiltInFrames::SetFile(const std::wstring& path, std::uint32_t blockKiB) {
     path_ = path;
-    media_.UseEasyFile(0, blockKiB);
+    if (media_.UseEasyFile(0, blockKiB) == 0)
+        throw std::bad_alloc();
 }
 
 bool BuiltInFrames::FindFirstFrame(AMPFrameInfo& frame, std::int64_t& offset) {

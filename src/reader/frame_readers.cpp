@@ -11,6 +11,7 @@ namespace {
 
 using trnmpa::Guarded;
 using trnmpa::KwMpAudioReader;
+using trnmpa::WithEngine;
 
 /// A new engine, initialised; null when memory runs out.
 KwMpAudioReader* CreateEngine() {
@@ -23,8 +24,8 @@ KwMpAudioReader* CreateEngine() {
 }
 
 std::int32_t SetEngineFile(KwMpAudioReader* engine, const CComBSTR& path) {
-    return Guarded(
-        [&] { return engine != nullptr ? engine->SetInputFile(std::wstring(os::CharactersOf(path))) : 0; });
+    return WithEngine(
+        engine, [&](auto& present) { return present.SetInputFile(std::wstring(os::CharactersOf(path))); });
 }
 
 } // namespace
@@ -51,7 +52,7 @@ std::int32_t TRN_MpAudioFileReader::Initialize() {
 }
 
 std::int32_t TRN_MpAudioFileReader::SetPerPCMFrameTime(std::int64_t time) {
-    return engine_ != nullptr ? engine_->SetPerPcmFrameTime(time) : 0;
+    return WithEngine(engine_, [&](auto& engine) { return engine.SetPerPcmFrameTime(time); });
 }
 
 std::int32_t TRN_MpAudioFileReader::SetInputFile(CComBSTR path) {
@@ -59,26 +60,26 @@ std::int32_t TRN_MpAudioFileReader::SetInputFile(CComBSTR path) {
 }
 
 std::int32_t TRN_MpAudioFileReader::GetOriginalStreamInfo(WAVEFORMATEX& format) {
-    return engine_ != nullptr ? engine_->GetOriginalStreamInfo(format) : 0;
+    return WithEngine(engine_, [&](auto& engine) { return engine.GetOriginalStreamInfo(format); });
 }
 
 std::int32_t TRN_MpAudioFileReader::SetOutputWAVEFormat(WAVEFORMATEX& format) {
-    return engine_ != nullptr ? engine_->SetOutputFormat(format) : 0;
+    return WithEngine(engine_, [&](auto& engine) { return engine.SetOutputFormat(format); });
 }
 
 std::int32_t TRN_MpAudioFileReader::StartRead() {
-    return engine_ != nullptr ? engine_->StartRead() : 0;
+    return WithEngine(engine_, [](auto& engine) { return engine.StartRead(); });
 }
 
 std::int32_t TRN_MpAudioFileReader::SeekTo(std::uint32_t slice) {
-    return engine_ != nullptr ? engine_->SeekTo(slice) : 0;
+    return WithEngine(engine_, [&](auto& engine) { return engine.SeekTo(slice); });
 }
 
 std::int32_t TRN_MpAudioFileReader::ReadFrame(unsigned char** data, std::int32_t& length,
                                               WAVEFORMATEX* format, std::int32_t& atEnd) {
     trnmpa::PcmSlice slice;
     const std::int32_t result =
-        engine_ != nullptr && data != nullptr ? Guarded([&] { return engine_->ReadFrame(slice); }) : 0;
+        data != nullptr ? WithEngine(engine_, [&](auto& engine) { return engine.ReadFrame(slice); }) : 0;
     if (data != nullptr)
         *data = slice.data;
     length = slice.length;
@@ -117,17 +118,17 @@ std::int32_t TRN_MpaFileCompReader::SetInputFile(CComBSTR path) {
 }
 
 std::int32_t TRN_MpaFileCompReader::StartRead() {
-    return engine_ != nullptr ? engine_->StartRead() : 0;
+    return WithEngine(engine_, [](auto& engine) { return engine.StartRead(); });
 }
 
 std::int32_t TRN_MpaFileCompReader::GetOriginalStreamInfo(tag_KW_MpaStreamInfo& info) {
-    return engine_ != nullptr ? engine_->GetOriginalStreamInfo(info) : 0;
+    return WithEngine(engine_, [&](auto& engine) { return engine.GetOriginalStreamInfo(info); });
 }
 
 std::int32_t TRN_MpaFileCompReader::SeekTo(std::int64_t time, unsigned long& position) {
     std::uint32_t found = 0;
     const std::int32_t result =
-        engine_ != nullptr ? Guarded([&] { return engine_->PositionByTime(time, found); }) : 0;
+        WithEngine(engine_, [&](auto& engine) { return engine.PositionByTime(time, found); });
     if (result == 1)
         position = found;
     return result;

@@ -82,6 +82,8 @@ std::int32_t KwMpAudioReader2::CreateDecoder() {
         pcmBufferA_.Require(kPcmBufferBytes);
         pcmBufferB_ = std::make_unique<std::int16_t[]>(kPcmBufferBytes / sizeof(std::int16_t));
     } catch (const std::bad_alloc&) {
+        // Nothing must open a stream without them.
+        frames_.reset();
         return kNoPcmBuffer;
     }
     return kSuccess;
@@ -102,6 +104,8 @@ std::int32_t KwMpAudioReader2::SetInputFile(const std::wstring& path) {
         frames_->SetFile(path, MediaBlockKiB());
         return FindIndex();
     } catch (...) {
+        // Without the index that could not be looked for, positions would be others.
+        Initialize();
         return kUnexpectedException;
     }
 }
@@ -121,7 +125,10 @@ std::int32_t KwMpAudioReader2::FindIndex() {
         Initialize();
         return 0;
     }
-    return OpenIndexFile(indexPath, kIndexBlockKiB);
+    if (OpenIndexFile(indexPath, kIndexBlockKiB) != 0 && indexSource_->GetLength() == readable.GetLength())
+        return kSuccess;
+    Initialize();
+    return 0;
 }
 
 std::int32_t KwMpAudioReader2::OpenIndexFile(const std::wstring& indexPath, std::uint32_t blockKiB) {

@@ -119,7 +119,8 @@ void KwMpAudioReader::SeekToFrame(std::int64_t frame) {
     const std::int64_t start = PrerollStartOf(frame, preroll);
     const auto offset = FrameOffset(start);
     if (!offset || *offset > frames_->Length()) {
-        frames_->MoveTo(frames_->Length());
+        // Whatever length the file had or gets, nothing more is read.
+        frames_->MoveTo(kLargestPosition);
         throw static_cast<int>(AMP_ERR_END_OF_STREAM);
     }
     frames_->JumpTo(AgreeingPlace(*offset), start);

@@ -48,18 +48,22 @@ std::int32_t KwMpAudioReader::SetInputFile(const std::wstring& path) {
         if (!isInStorage && TRCT_FileExists(os::ToAutomationString(path)) == 0)
             return 0;
         stream_ = Stream();
-        path_ = path;
+        path_.clear();
         index_.reset();
         hasIndex_ = false;
-        if (isInStorage)
-            return 1;
-        const std::wstring indexPath = IndexPathFor(path);
-        if (TRCT_FileExists(os::ToAutomationString(indexPath)) == 0)
-            return 1;
-        hasIndex_ = true;
-        index_ = std::make_unique<CMpAudioFrameBufferReader>();
-        return index_->Open(indexPath);
+        const std::int32_t result = isInStorage ? 1 : FindIndex(IndexPathFor(path));
+        // Without the index that could not be looked for, positions would be others: the path comes last.
+        path_ = path;
+        return result;
     });
+}
+
+std::int32_t KwMpAudioReader::FindIndex(const std::wstring& indexPath) {
+    if (TRCT_FileExists(os::ToAutomationString(indexPath)) == 0)
+        return 1;
+    index_ = std::make_unique<CMpAudioFrameBufferReader>();
+    hasIndex_ = true;
+    return index_->Open(indexPath);
 }
 
 std::int32_t KwMpAudioReader::SetPerPcmFrameTime(std::int64_t time) {

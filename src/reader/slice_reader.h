@@ -83,6 +83,7 @@ private:
     void CreateCompanions();
 
     // Open.
+    std::int32_t FindIndex(const std::wstring& indexPath);
     bool OpenWithIndex();
     bool OpenWithoutIndex();
     bool DetectConstantBitRate();

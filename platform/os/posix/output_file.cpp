@@ -91,7 +91,13 @@ bool OutputFile::SetPosition(std::int64_t position) {
 WriteResult OutputFile::Write(std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
         const ssize_t written = write(static_cast<int>(handle_), bytes.data(), bytes.size());
-        if (written >= 0) {
+        if (written == 0) {
+            // Neither an error nor any progress: trying again could go on for ever.
+            errno = EIO;
+            errorText_ = LastErrorText();
+            return WriteResult::kFailed;
+        }
+        if (written > 0) {
             bytes = bytes.subspan(static_cast<std::size_t>(written));
         } else if (errno == EINTR) {
             if (InterruptRequested())

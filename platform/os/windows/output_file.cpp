@@ -157,6 +157,12 @@ WriteResult OutputFile::Write(std::span<const std::uint8_t> bytes) {
             const bool closed = reason == ERROR_BROKEN_PIPE || reason == ERROR_NO_DATA;
             return closed ? WriteResult::kClosedPipe : WriteResult::kFailed;
         }
+        if (written == 0) {
+            // Neither an error nor any progress: trying again could go on for ever.
+            SetLastError(ERROR_WRITE_FAULT);
+            errorText_ = LastErrorText();
+            return WriteResult::kFailed;
+        }
         bytes = bytes.subspan(written);
         if (!bytes.empty() && InterruptRequested())
             return WriteResult::kInterrupted;

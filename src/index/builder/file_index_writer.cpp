@@ -1,6 +1,7 @@
 #include "index/builder/file_index_writer.h"
 
 #include <limits>
+#include <utility>
 
 namespace trnmpa {
 
@@ -17,9 +18,12 @@ std::uint32_t Percent(std::uint32_t end, std::uint32_t mediaFileSize) {
 
 std::int32_t KwMpaFileIndexWriter::Initialize() {
     scan_.reset();
+    media_.reset();
+    index_.reset();
     unwritten_.clear();
-    media_ = std::make_unique<CFileReader>();
+    auto media = std::make_unique<CFileReader>();
     index_ = std::make_unique<CFileWriter>();
+    media_ = std::move(media);
     header_ = {};
     percent_ = 0;
     framesIndexed_ = 0;
@@ -29,7 +33,7 @@ std::int32_t KwMpaFileIndexWriter::Initialize() {
 }
 
 std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath) {
-    if (media_ == nullptr)
+    if (media_ == nullptr || index_ == nullptr)
         return 0;
     scan_.reset();
     indexPath_ = mediaPath;
@@ -40,7 +44,8 @@ std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath) {
         return 0;
     header_.mediaFileSize = static_cast<std::uint32_t>(media_->GetLength());
     scan_.emplace(*media_);
-    if (scan_->Start(header_))
+    // A length that the system did not tell would end the scan at its first frame.
+    if (scan_->Start(header_) && header_.mediaFileSize != 0)
         return 1;
     scan_.reset();
     return 0;

@@ -6,6 +6,9 @@
 #include <memory>
 #include <string>
 
+using trnmpa::Guarded;
+using trnmpa::WithEngine;
+
 TRN_MpaFileIndexCreator::TRN_MpaFileIndexCreator() = default;
 
 TRN_MpaFileIndexCreator::TRN_MpaFileIndexCreator(const TRN_MpaFileIndexCreator& other)
@@ -22,26 +25,28 @@ TRN_MpaFileIndexCreator::~TRN_MpaFileIndexCreator() {
 }
 
 std::int32_t TRN_MpaFileIndexCreator::Initialize() {
-    return trnmpa::Guarded([this] {
-        trnmpa::ReplaceEngine(engine_, nullptr);
-        engine_ = std::make_unique<trnmpa::KwMpaFileIndexWriter>().release();
-        return engine_->Initialize();
+    trnmpa::ReplaceEngine(engine_, nullptr);
+    return Guarded([this] {
+        auto engine = std::make_unique<trnmpa::KwMpaFileIndexWriter>();
+        const std::int32_t result = engine->Initialize();
+        engine_ = engine.release();
+        return result;
     });
 }
 
 std::int32_t TRN_MpaFileIndexCreator::SetInputFile(CComBSTR path) {
-    return trnmpa::Guarded(
-        [&] { return engine_ != nullptr ? engine_->SetInputFile(std::wstring(os::CharactersOf(path))) : 0; });
+    return WithEngine(
+        engine_, [&](auto& engine) { return engine.SetInputFile(std::wstring(os::CharactersOf(path))); });
 }
 
 std::int32_t TRN_MpaFileIndexCreator::CreateFileIndex() {
-    return trnmpa::Guarded([this] { return engine_ != nullptr ? engine_->CreateFileIndex() : 0; });
+    return WithEngine(engine_, [](auto& engine) { return engine.CreateFileIndex(); });
 }
 
 std::int32_t TRN_MpaFileIndexCreator::GetFileIdxingProgress(PROGRESS_INFO& progress) {
-    return trnmpa::Guarded([&] { return engine_ != nullptr ? engine_->GetFileIdxingProgress(progress) : 0; });
+    return WithEngine(engine_, [&](auto& engine) { return engine.GetFileIdxingProgress(progress); });
 }
 
 std::int32_t TRN_MpaFileIndexCreator::CancelIndexing() {
-    return trnmpa::Guarded([this] { return engine_ != nullptr ? engine_->CancelIndexing() : 0; });
+    return WithEngine(engine_, [](auto& engine) { return engine.CancelIndexing(); });
 }
