@@ -100,20 +100,19 @@ CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
     return frames;
 }
 
-<<<<<<< HEAD
 CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* selftest = app.add_subcommand("selftest", "Hold a module to the contract with its hosts");
     selftest->add_option("--streams", raw.streams)->group("");
     selftest->footer(std::string(kSelftestFooter) + kExitFooter);
     return selftest;
-=======
+}
+
 CLI::App* AddCheckCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* check = app.add_subcommand("check", "Look for damage in files");
     check->add_option("FILE", raw.checkFiles, "MPEG audio files")->required()->type_name("");
     check->add_flag("--json", raw.json, "Print a JSON array with one object per file");
     check->footer(std::string(kCheckFooter) + kExitFooter);
     return check;
->>>>>>> wt-c
 }
 
 } // namespace
@@ -131,11 +130,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     const CLI::App* index = AddIndexCommand(app, raw);
     const CLI::App* frames = AddFramesCommand(app, raw);
     const CLI::App* slices = AddSlicesCommand(app, raw);
-<<<<<<< HEAD
     const CLI::App* selftest = AddSelftestCommand(app, raw);
-=======
     const CLI::App* check = AddCheckCommand(app, raw);
->>>>>>> wt-c
     AddDecodeCommand(app, raw);
     try {
         // CLI11 takes the arguments from the back.

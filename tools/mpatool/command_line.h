@@ -77,18 +77,13 @@ struct FramesOptions {
     TableForm form = TableForm::kReadable;
 };
 
-<<<<<<< HEAD
 struct SelftestOptions {
     std::wstring module;  ///< empty: the one beside this program
     std::wstring streams; ///< folder with the built-in streams, for the process that runs the checks
 };
 
 using Command = std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions,
-                             SelftestOptions>;
-=======
-using Command = std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions,
-                             CheckOptions>;
->>>>>>> wt-c
+                             CheckOptions, SelftestOptions>;
 
 /// Reads the arguments (UTF-8, the program's name first). Throws UsageError.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

@@ -70,13 +70,14 @@ the module delivers; what lies before sample 0 is left out there.
 
 )";
 
-<<<<<<< HEAD
 inline constexpr const char* kSelftestFooter =
     R"(Loads the module, the one beside this program or that of --module, and walks through all that a
 host may do with it: identity records, names of files, calls in every order, PCM of built-in streams,
 two readers at once, an index. A line for each check begins with "good" or "BAD"; the exit status is 0
 when all are good. A module that ends the program is reported as such.
-=======
+
+)";
+
 inline constexpr const char* kCheckFooter =
     R"(A line sums up each file; the lines below it tell the place in the file, the time in the sound and
 what is there:
@@ -95,7 +96,6 @@ Tags, and places from which jumps through an index may miss, are listed but are 
 Times are those of reading without an index. An index is scanned for in memory; nothing is written.
 Places with at most one frame between them share a line. At most 1000 lines a file are printed; the
 counts are of all.
->>>>>>> wt-c
 
 )";
 
