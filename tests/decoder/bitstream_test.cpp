@@ -125,8 +125,10 @@ TEST(Bitstream, AShorterBodyIsFollowedByZeros) {
     AMPBitstream stream;
     stream.SetSource(&source);
     trnmpa::BitReader& bits = stream.Reader();
-    stream.FillLinear(500);
-    EXPECT_THROW(stream.FillLinear(700), int) << "500 bytes come";
+    stream.FillLinear(300);
+    EXPECT_THROW(stream.FillLinear(1200), int) << "700 bytes come, more than any body had";
+    EXPECT_EQ(bits.Get(32), 0u);
+    bits.SetPosition(8 * 600);
     EXPECT_EQ(bits.Get(32), 0u);
     stream.FillLinear(0);
     EXPECT_EQ(bits.Get(32), 0u);
