@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <random>
 #include <vector>
 
@@ -43,12 +44,15 @@ std::vector<std::int16_t> LastSlot(float amplitude) {
     return {pcm.begin() + 31 * 32, pcm.end()};
 }
 
-// Powers of two: the sums are the same but for their exponents, of which the second asks for 36 bits.
+// With powers of two, the sums are the same but for their exponents; most do not fit into 32 bits.
 TEST_P(Synthesis, LoudSignalsClipInsteadOfWrapping) {
-    const auto loud = LastSlot(0x1p20f);
-    for (const std::int16_t value : loud)
-        EXPECT_TRUE(value == 32767 || value == -32768) << value;
-    EXPECT_EQ(LastSlot(0x1p36f), loud);
+    for (const float sign : {1.0f, -1.0f}) {
+        const auto loud = LastSlot(std::ldexp(sign, 20));
+        for (const std::int16_t value : loud)
+            EXPECT_TRUE(value == 32767 || value == -32768) << value;
+        for (int exponent = 30; exponent < 60; ++exponent)
+            EXPECT_EQ(LastSlot(std::ldexp(sign, exponent)), loud) << exponent;
+    }
 }
 
 /// A ring of 16 slots a channel with one phase for both, windowed term by term.
