@@ -1,20 +1,16 @@
 // whole_file_bench FILE ROUNDS: the whole file to 16-bit samples in memory, by the sample reader with this
 // processor's kernels and with the portable ones, by libmpg123 with its fastest and its generic decoder, and
-// by libavcodec, in turns; prints rows of a Markdown table.
+// by libavcodec with libswresample, in turns; prints rows of a Markdown table.
 
+#include "av_decoder.h"
 #include "decoder/kernels/kernel_table.h"
 #include "os/paths.h"
 #include "reader/sample_reader.h"
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
 #include <mpg123.h>
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -76,72 +72,6 @@ void DecodeWithMpg123(const std::string& path, const char* decoder, Pcm& pcm) {
     Require(result == MPG123_DONE, "libmpg123 failed");
 }
 
-std::int16_t ToPcm(float value) {
-    return static_cast<std::int16_t>(std::lrintf(std::clamp(value * 32768.0f, -32768.0f, 32767.0f)));
-}
-
-void Append(const AVFrame& frame, Pcm& pcm) {
-    const int channels = frame.ch_layout.nb_channels;
-    const bool isFloat = frame.format == AV_SAMPLE_FMT_FLTP;
-    Require(isFloat || frame.format == AV_SAMPLE_FMT_S16P, "libavcodec gives samples of another kind");
-    std::size_t next = pcm.size();
-    pcm.resize(next + static_cast<std::size_t>(frame.nb_samples) * static_cast<std::size_t>(channels));
-    for (int i = 0; i < frame.nb_samples; ++i)
-        for (int channel = 0; channel < channels; ++channel) {
-            const std::uint8_t* plane = frame.extended_data[channel];
-            pcm[next++] = isFloat ? ToPcm(reinterpret_cast<const float*>(plane)[i])
-                                  : reinterpret_cast<const std::int16_t*>(plane)[i];
-        }
-}
-
-class AvDecoder {
-public:
-    explicit AvDecoder(const std::string& path) {
-        Require(avformat_open_input(&format_, path.c_str(), nullptr, nullptr) == 0 &&
-                    avformat_find_stream_info(format_, nullptr) >= 0,
-                "libavformat cannot open the file");
-        const AVCodec* codec = nullptr;
-        stream_ = av_find_best_stream(format_, AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
-        Require(stream_ >= 0, "libavformat finds no audio");
-        context_ = avcodec_alloc_context3(codec);
-        Require(context_ != nullptr &&
-                    avcodec_parameters_to_context(context_, format_->streams[stream_]->codecpar) >= 0,
-                "libavcodec: no context");
-        context_->thread_count = 1;
-        Require(avcodec_open2(context_, codec, nullptr) == 0, "libavcodec cannot start");
-    }
-    AvDecoder(const AvDecoder&) = delete;
-    AvDecoder& operator=(const AvDecoder&) = delete;
-    ~AvDecoder() {
-        av_packet_free(&packet_);
-        av_frame_free(&frame_);
-        avcodec_free_context(&context_);
-        avformat_close_input(&format_);
-    }
-
-    void Decode(Pcm& pcm) {
-        while (av_read_frame(format_, packet_) >= 0) {
-            if (packet_->stream_index == stream_)
-                Pass(packet_, pcm);
-            av_packet_unref(packet_);
-        }
-        Pass(nullptr, pcm);
-    }
-
-private:
-    void Pass(const AVPacket* packet, Pcm& pcm) {
-        avcodec_send_packet(context_, packet);
-        while (avcodec_receive_frame(context_, frame_) == 0)
-            Append(*frame_, pcm);
-    }
-
-    AVFormatContext* format_ = nullptr;
-    AVCodecContext* context_ = nullptr;
-    AVPacket* packet_ = av_packet_alloc();
-    AVFrame* frame_ = av_frame_alloc();
-    int stream_ = -1;
-};
-
 struct Contestant {
     const char* name;
     std::function<void(Pcm&)> decode;
@@ -173,10 +103,11 @@ std::int64_t SamplesOf(const std::string& path) {
     return mpg123_length(handle.get());
 }
 
-void Print(const std::string& file, const Contestant& one, const Contestant& peer) {
+void Print(const std::string& file, const Contestant& one, const Contestant& fastest,
+           const Contestant& generic) {
     const auto [least, most] = std::ranges::minmax(one.nanoseconds);
-    std::printf("| %s | %s | %.2f | %.2f to %.2f | %.2f |\n", file.c_str(), one.name, one.Median(), least,
-                most, peer.Median() / one.Median());
+    std::printf("| %s | %s | %.2f | %.2f to %.2f | %.2f | %.2f |\n", file.c_str(), one.name, one.Median(),
+                least, most, fastest.Median() / one.Median(), generic.Median() / one.Median());
 }
 
 void Measure(const std::string& path, int rounds) {
@@ -192,17 +123,19 @@ void Measure(const std::string& path, int rounds) {
         {"sample reader, portable kernels", withKernels(trnmpa::kPlainKernels)},
         {"libmpg123", [&](Pcm& pcm) { DecodeWithMpg123(path, nullptr, pcm); }},
         {"libmpg123, generic", [&](Pcm& pcm) { DecodeWithMpg123(path, "generic", pcm); }},
-        {"libavcodec", [&](Pcm& pcm) { AvDecoder(path).Decode(pcm); }},
+        {"libavcodec", [&](Pcm& pcm) { bench::AvDecoder(path).Decode(pcm); }},
     }};
     Pcm pcm;
+    // Another one begins each round, since it finds the processor as the last one of the round before left
+    // it.
     for (int round = 0; round <= rounds; ++round)
-        for (Contestant& contestant : contestants)
-            Run(contestant, pcm, round > 0);
+        for (std::size_t i = 0; i < contestants.size(); ++i)
+            Run(contestants[(static_cast<std::size_t>(round) + i) % contestants.size()], pcm, round > 0);
     const Contestant& fastest =
         contestants[2].Median() < contestants[4].Median() ? contestants[2] : contestants[4];
     const std::string name = path.substr(path.rfind('/') + 1);
     for (const Contestant& contestant : contestants)
-        Print(name, contestant, fastest);
+        Print(name, contestant, fastest, contestants[3]);
 }
 
 } // namespace

@@ -5,8 +5,6 @@
 #include "decoder/layer2_samples.h"
 #include "decoder/tables/layer2_tables.h"
 
-#include <algorithm>
-
 namespace trnmpa {
 
 namespace {
@@ -51,7 +49,6 @@ void ReadAllocation(BitWindow& bits, int table, Layer2Frame& frame) {
         }
     }
     frame.subbandLimit = subband;
-    frame.bound = std::min(frame.bound, subband);
 }
 
 /// How many bits of scale factors, 6 each, are read and where under a 64-bit window's top each part's lies,

@@ -125,9 +125,13 @@ TEST(Bitstream, AShorterBodyIsFollowedByZeros) {
     AMPBitstream stream;
     stream.SetSource(&source);
     trnmpa::BitReader& bits = stream.Reader();
-    stream.FillLinear(500);
-    EXPECT_THROW(stream.FillLinear(700), int) << "500 bytes come";
+    stream.FillLinear(300);
+    EXPECT_THROW(stream.FillLinear(1200), int) << "700 bytes come, more than any body had";
     EXPECT_EQ(bits.Get(32), 0u);
+    source.SetPosition(0);
+    stream.FillLinear(400);
+    bits.SetPosition(8 * 398);
+    EXPECT_EQ(bits.Get(32), 0xFFFF0000u) << "of the 700 bytes nothing is left";
     stream.FillLinear(0);
     EXPECT_EQ(bits.Get(32), 0u);
 

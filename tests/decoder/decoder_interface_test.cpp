@@ -186,6 +186,19 @@ TEST(DecoderInterface, ResetKeepsTheHeaderLock) {
     }
 }
 
+TEST(DecoderInterface, ASearchThatRunsDryKeepsTheHeaderLock) {
+    const auto otherRate = Frame({0xFF, 0xFB, 0x94, 0x00}, 384);
+    Fixture f(Joined(Frame(kLayer3Header, kLayer3Bytes), otherRate));
+    f.ReadHeader();
+    f.decoder->SkipFrame();
+    for (int search = 0; search < 2; ++search) {
+        f.source.SetPosition(kLayer3Bytes);
+        EXPECT_EQ(f.ReadHeader().synced, 0) << search;
+    }
+    f.source.SetPosition(0);
+    EXPECT_EQ(f.ReadHeader().synced, 1);
+}
+
 TEST(DecoderInterface, LockDoesNotCompareTheMpeg25Flag) {
     Fixture f(Joined(Frame({0xFF, 0xF3, 0x80, 0x00}, 208), Frame({0xFF, 0xE3, 0x80, 0x00}, 417)));
     f.ReadHeader();

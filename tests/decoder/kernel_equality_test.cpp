@@ -1,9 +1,11 @@
-// Every set of kernels against the plain one, bit for bit.
+// Every set of kernels against the plain one, bit for bit, on data that is aligned for vectors and on data
+// one value behind that.
 
 #include "decoder/kernel_sets.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
 #include <limits>
 #include <random>
@@ -58,7 +60,10 @@ void ExpectSameBits(const std::vector<T>& found, const std::vector<T>& expected)
 
 class KernelEquality : public test::EachKernelSet {};
 
-INSTANTIATE_TEST_SUITE_P(Sets, KernelEquality, testing::ValuesIn(test::kEachKernelSet), test::KernelSetName);
+INSTANTIATE_TEST_SUITE_P(Sets, KernelEquality, testing::ValuesIn(test::kEachFastKernelSet),
+                         test::KernelSetName);
+
+constexpr int kShifts[] = {0, 1};
 
 /// Two channels' memory as one vector, so that what a kernel should not have touched is compared, too.
 struct Memory {
@@ -78,45 +83,67 @@ struct Memory {
         return all;
     }
 
+    /// Row `slot` of each channel, moved by `shift` values.
+    std::array<trnmpa::SynthesisRows, 2> At(int slot, int shift) {
+        const auto rows = [&](trnmpa::SynthesisMemory& channel) {
+            const trnmpa::SynthesisRows aligned = channel.At(slot);
+            return trnmpa::SynthesisRows{aligned.row + shift, aligned.centre + shift};
+        };
+        return {rows(channels[0]), rows(channels[1])};
+    }
+
     trnmpa::SynthesisMemory channels[2];
 };
+
+void ExpectSameTransform(const trnmpa::KernelTable& kernels, int count, int channels, int shift,
+                         HostileValues& values) {
+    std::vector<float> slots(static_cast<std::size_t>(32 * channels * count + shift));
+    values.Fill(slots.data(), slots.size());
+    Memory found(values);
+    Memory expected = found;
+    const int first = trnmpa::SynthesisMemory::kRows - count - shift;
+    const bool inverts = count % 2 == 0 && count % 4 != 0;
+    kernels.transformSlots(slots.data() + shift, channels, count, inverts, found.At(first, shift).data());
+    PlainKernels().transformSlots(slots.data() + shift, channels, count, inverts,
+                                  expected.At(first, shift).data());
+    ExpectSameBits(found.All(), expected.All());
+}
 
 TEST_P(KernelEquality, TransformSlots) {
     HostileValues values(11);
     for (int count = 1; count <= trnmpa::kMaximumSlots; ++count) {
         for (const int channels : {1, 2}) {
-            std::vector<float> slots(static_cast<std::size_t>(32 * channels * count));
-            values.Fill(slots.data(), slots.size());
-            Memory found(values);
-            Memory expected = found;
-            const int first = trnmpa::SynthesisMemory::kRows - count;
-            const bool inverts = count % 2 == 0 && count % 4 != 0;
-            const trnmpa::SynthesisRows to[2] = {found.channels[0].At(first), found.channels[1].At(first)};
-            const trnmpa::SynthesisRows plainTo[2] = {expected.channels[0].At(first),
-                                                      expected.channels[1].At(first)};
-            Kernels().transformSlots(slots.data(), channels, count, inverts, to);
-            PlainKernels().transformSlots(slots.data(), channels, count, inverts, plainTo);
-            SCOPED_TRACE(testing::Message() << count << " slots, " << channels << " channels");
-            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found.All(), expected.All()));
+            for (const int shift : kShifts) {
+                SCOPED_TRACE(testing::Message()
+                             << count << " slots, " << channels << " channels, moved by " << shift);
+                ASSERT_NO_FATAL_FAILURE(ExpectSameTransform(Kernels(), count, channels, shift, values));
+            }
         }
     }
 }
 
-TEST_P(KernelEquality, WindowSlots) {
+void ExpectSameWindow(const trnmpa::KernelTable& kernels, int count, int channels, int shift,
+                      HostileValues& values) {
     constexpr std::int16_t kUntouched = 12345;
+    Memory memory(values);
+    const int first = count % 2 != 0 ? trnmpa::kPastSlots : trnmpa::SynthesisMemory::kRows - count - shift;
+    const auto from = memory.At(first, shift);
+    std::vector<std::int16_t> found(static_cast<std::size_t>(32 * channels * count + 40), kUntouched);
+    std::vector<std::int16_t> expected = found;
+    kernels.windowSlots(from.data(), channels, count, found.data() + shift);
+    PlainKernels().windowSlots(from.data(), channels, count, expected.data() + shift);
+    ExpectSameBits(found, expected);
+}
+
+TEST_P(KernelEquality, WindowSlots) {
     HostileValues values(12);
     for (int count = 1; count <= trnmpa::kMaximumSlots; ++count) {
         for (const int channels : {1, 2}) {
-            Memory memory(values);
-            const int first = count % 2 != 0 ? trnmpa::kPastSlots : trnmpa::SynthesisMemory::kRows - count;
-            const trnmpa::SynthesisRows from[2] = {memory.channels[0].At(first),
-                                                   memory.channels[1].At(first)};
-            std::vector<std::int16_t> found(static_cast<std::size_t>(32 * channels * count + 40), kUntouched);
-            std::vector<std::int16_t> expected = found;
-            Kernels().windowSlots(from, channels, count, found.data());
-            PlainKernels().windowSlots(from, channels, count, expected.data());
-            SCOPED_TRACE(testing::Message() << count << " slots, " << channels << " channels");
-            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
+            for (const int shift : kShifts) {
+                SCOPED_TRACE(testing::Message()
+                             << count << " slots, " << channels << " channels, moved by " << shift);
+                ASSERT_NO_FATAL_FAILURE(ExpectSameWindow(Kernels(), count, channels, shift, values));
+            }
         }
     }
 }
@@ -136,16 +163,18 @@ std::vector<float> WithNonFinite(HostileValues& values, std::size_t count, int s
 
 TEST_P(KernelEquality, UndoMidSide) {
     HostileValues values(16);
-    for (std::size_t count = 0; count <= 576; ++count) {
-        std::vector<float> left = WithNonFinite(values, 576, 17);
-        std::vector<float> right = WithNonFinite(values, 576, 18);
-        std::vector<float> plainLeft = left;
-        std::vector<float> plainRight = right;
-        Kernels().undoMidSide(left.data(), right.data(), count);
-        PlainKernels().undoMidSide(plainLeft.data(), plainRight.data(), count);
-        SCOPED_TRACE(testing::Message() << count << " lines");
-        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(left, plainLeft));
-        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(right, plainRight));
+    for (const int shift : kShifts) {
+        for (std::size_t count = 0; count <= 576; ++count) {
+            std::vector<float> left = WithNonFinite(values, 577, 17);
+            std::vector<float> right = WithNonFinite(values, 577, 18);
+            std::vector<float> plainLeft = left;
+            std::vector<float> plainRight = right;
+            Kernels().undoMidSide(left.data() + shift, right.data() + shift, count);
+            PlainKernels().undoMidSide(plainLeft.data() + shift, plainRight.data() + shift, count);
+            SCOPED_TRACE(testing::Message() << count << " lines, moved by " << shift);
+            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(left, plainLeft));
+            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(right, plainRight));
+        }
     }
 }
 
@@ -154,50 +183,59 @@ TEST_P(KernelEquality, ScaleSamples) {
     std::mt19937 engine(20);
     for (int round = 0; round < 2000; ++round) {
         const int slots = round % 13;
-        std::vector<std::int32_t> samples(static_cast<std::size_t>(32 * slots));
+        const int shift = round / 13 % 2;
+        std::vector<std::int32_t> samples(static_cast<std::size_t>(32 * slots + shift));
         for (std::int32_t& sample : samples)
             sample = static_cast<std::int32_t>(engine() >> (round % 2 != 0 ? 16 : 2));
-        std::vector<std::int32_t> centres(32);
+        std::vector<std::int32_t> centres(33);
         for (std::int32_t& centre : centres)
             centre = (1 << engine() % 16) - 1;
-        const std::vector<float> drawn = WithNonFinite(values, round % 3 == 0 ? 32 : 320, round);
-        const std::vector<double> factors(drawn.begin(), drawn.begin() + 32);
+        const std::vector<float> drawn = WithNonFinite(values, round % 3 == 0 ? 33 : 320, round);
+        const std::vector<double> factors(drawn.begin(), drawn.begin() + 33);
         std::vector<float> found(static_cast<std::size_t>(32 * slots + 8), 5.0f);
         std::vector<float> expected = found;
-        Kernels().scaleSamples(samples.data(), centres.data(), factors.data(), slots, found.data());
-        PlainKernels().scaleSamples(samples.data(), centres.data(), factors.data(), slots, expected.data());
+        Kernels().scaleSamples(samples.data() + shift, centres.data() + shift, factors.data() + shift, slots,
+                               found.data() + shift);
+        PlainKernels().scaleSamples(samples.data() + shift, centres.data() + shift, factors.data() + shift,
+                                    slots, expected.data() + shift);
         ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
     }
 }
 
 TEST_P(KernelEquality, ReduceAliases) {
     HostileValues values(13);
-    for (int boundaries = 0; boundaries < 32; ++boundaries) {
-        std::vector<float> found(576);
-        values.Fill(found.data(), found.size());
-        std::vector<float> expected = found;
-        Kernels().reduceAliases(found.data(), boundaries);
-        PlainKernels().reduceAliases(expected.data(), boundaries);
-        ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
+    for (const int shift : kShifts) {
+        for (int boundaries = 0; boundaries < 32; ++boundaries) {
+            std::vector<float> found(577);
+            values.Fill(found.data(), found.size());
+            std::vector<float> expected = found;
+            Kernels().reduceAliases(found.data() + shift, boundaries);
+            PlainKernels().reduceAliases(expected.data() + shift, boundaries);
+            SCOPED_TRACE(testing::Message() << boundaries << " boundaries, moved by " << shift);
+            ASSERT_NO_FATAL_FAILURE(ExpectSameBits(found, expected));
+        }
     }
 }
 
 TEST_P(KernelEquality, InverseMdct) {
     HostileValues values(14);
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < 80; ++round) {
         for (int count = 0; count <= trnmpa::kSubbands; count += trnmpa::kSubbandGroup) {
-            std::vector<float> lines(576);
-            std::vector<float> overlap(576);
-            std::vector<float> slots(576);
+            std::vector<float> lines(577);
+            std::vector<float> overlap(577);
+            std::vector<float> slots(577);
             for (auto* each : {&lines, &overlap, &slots})
                 values.Fill(each->data(), each->size());
             std::vector<float> plainOverlap = overlap;
             std::vector<float> plainSlots = slots;
             const int blockType = round % 4;
-            Kernels().inverseMdct(lines.data(), blockType, count, overlap.data(), slots.data());
-            PlainKernels().inverseMdct(lines.data(), blockType, count, plainOverlap.data(),
-                                       plainSlots.data());
-            SCOPED_TRACE(testing::Message() << count << " subbands, block type " << blockType);
+            const int shift = round / 4 % 2;
+            Kernels().inverseMdct(lines.data() + shift, blockType, count, overlap.data() + shift,
+                                  slots.data() + shift);
+            PlainKernels().inverseMdct(lines.data() + shift, blockType, count, plainOverlap.data() + shift,
+                                       plainSlots.data() + shift);
+            SCOPED_TRACE(testing::Message()
+                         << count << " subbands, block type " << blockType << ", moved by " << shift);
             ASSERT_NO_FATAL_FAILURE(ExpectSameBits(slots, plainSlots));
             ASSERT_NO_FATAL_FAILURE(ExpectSameBits(overlap, plainOverlap));
         }

@@ -45,5 +45,7 @@ inline std::string KernelSetName(const testing::TestParamInfo<unsigned>& set) {
 
 inline constexpr unsigned kEachKernelSet[] = {trnmpa::kPlainKernels, trnmpa::kSse2Kernels,
                                               trnmpa::kAvx2Kernels};
+/// Those that are compared with the plain one.
+inline constexpr unsigned kEachFastKernelSet[] = {trnmpa::kSse2Kernels, trnmpa::kAvx2Kernels};
 
 } // namespace test

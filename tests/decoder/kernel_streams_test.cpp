@@ -13,8 +13,7 @@ namespace {
 
 class KernelStreams : public test::EachKernelSet {};
 
-INSTANTIATE_TEST_SUITE_P(Sets, KernelStreams,
-                         testing::Values(unsigned{trnmpa::kSse2Kernels}, unsigned{trnmpa::kAvx2Kernels}),
+INSTANTIATE_TEST_SUITE_P(Sets, KernelStreams, testing::ValuesIn(test::kEachFastKernelSet),
                          test::KernelSetName);
 
 test::DecodedStream DecodePlainly(std::span<const std::uint8_t> bytes) {

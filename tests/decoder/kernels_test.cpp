@@ -3,7 +3,7 @@
 #include "decoder/kernel_sets.h"
 #include "decoder/kernels/rounding.h"
 #include "decoder/kernels/spread_intensity.h"
-#include "decoder/tables/synthesis_tables.h"
+#include "support/model/tables.h"
 
 #include <gtest/gtest.h>
 
@@ -67,10 +67,9 @@ TEST_P(KernelFormula, CosineTransformEqualsTheSum) {
 double StandardWindow(const std::vector<std::array<double, 64>>& v, int n) {
     double sum = 0;
     for (int i = 0; i < 8; ++i) {
-        const double even = trnmpa::tables::kSynthesisWindow[2 * i][n];
-        const double odd = trnmpa::tables::kSynthesisWindow[2 * i + 1][n];
-        sum += even * v[static_cast<std::size_t>(2 * i)][static_cast<std::size_t>(n)];
-        sum += odd * v[static_cast<std::size_t>(2 * i + 1)][static_cast<std::size_t>(32 + n)];
+        const double* window = &test::model::StandardTables().window[static_cast<std::size_t>(64 * i + n)];
+        sum += window[0] * v[static_cast<std::size_t>(2 * i)][static_cast<std::size_t>(n)];
+        sum += window[32] * v[static_cast<std::size_t>(2 * i + 1)][static_cast<std::size_t>(32 + n)];
     }
     return sum;
 }
@@ -111,6 +110,8 @@ TEST(Rounding, NearestTiesToEvenAndClips) {
     EXPECT_EQ(trnmpa::RoundToPcm(40000.0f), 32767);
     EXPECT_EQ(trnmpa::RoundToPcm(-32768.4f), -32768);
     EXPECT_EQ(trnmpa::RoundToPcm(-1e6f), -32768);
+    EXPECT_EQ(trnmpa::RoundToPcm(3e9f), 32767) << "a negative number in 32 bits";
+    EXPECT_EQ(trnmpa::RoundToPcm(-3e9f), -32768) << "a positive number in 32 bits";
     EXPECT_EQ(trnmpa::RoundToPcm(6e9f), 32767);
     EXPECT_EQ(trnmpa::RoundToPcm(-1e17f), -32768);
 }

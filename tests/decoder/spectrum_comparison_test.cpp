@@ -119,8 +119,9 @@ bool ReadsAlike(Readers& readers, const trnmpa::DecoderHeader& header, const trn
     std::memset(spectrum, 0x55, sizeof spectrum);
     const int count = trnmpa::ReadSpectrum(bits, header, info, gains, start + length, spectrum);
 
+    static_assert(sizeof expected.value == sizeof spectrum);
     const bool isSame = count == expected.nonZeroCount &&
-                        std::equal(std::begin(spectrum), std::end(spectrum), expected.value.begin()) &&
+                        std::memcmp(spectrum, expected.value.data(), sizeof spectrum) == 0 &&
                         bits.Position() - start == literalStart - readers.literal.BitsRemaining();
     readers.literal.SeekToBitsRemaining(literalStart - length);
     bits.SetPosition(start + length);

@@ -1,6 +1,6 @@
 /// The decoder's inner loops, in a version for each instruction set. All versions of a loop give the same
 /// bits: their lanes run across values that do not depend on each other, and each value is computed as the
-/// plain version computes it.
+/// plain version computes it. Pointers need no more alignment than their type has: 4 bytes for floats.
 #pragma once
 
 #include "decoder/kernels/synthesis_rows.h"
@@ -43,11 +43,11 @@ struct KernelTable {
     /// 18 lines (ISO/IEC 11172-3, 2.4.3.4.10.1) in double precision.
     void (*reduceAliases)(float* spectrum, int boundaries);
 
-    /// The inverse MDCT of `count` subbands, a multiple of kSubbandGroup, with window and overlap (ISO/IEC
-    /// 11172-3, 2.4.3.4.10.2). `lines` holds 18 lines a subband with inverted sign, for block type 2 the
-    /// three windows interleaved. `overlap` and `slots` are 18 rows of kSubbands values, from the first of
-    /// the subbands on: the time samples go to `slots`; `overlap` gives its old content to them and is left
-    /// with the second half of the window. Double precision inside.
+    /// The inverse MDCT of `count` subbands, a multiple of kSubbandGroup (the plain version takes any
+    /// number), with window and overlap (ISO/IEC 11172-3, 2.4.3.4.10.2). `lines` holds 18 lines a subband
+    /// with inverted sign, for block type 2 the three windows interleaved. `overlap` and `slots` are 18 rows
+    /// of kSubbands values, from the first of the subbands on: the time samples go to `slots`; `overlap`
+    /// gives its old content to them and is left with the second half of the window. Double precision inside.
     void (*inverseMdct)(const float* lines, int blockType, int count, float* overlap, float* slots);
 
     /// Layer II's samples as they were coded, 0 to levels - 1, to subband samples: (samples - centres) x

@@ -101,10 +101,12 @@ struct Doubles4 {
 private:
     static __m128 Reversed(__m128 x) { return _mm_shuffle_ps(x, x, _MM_SHUFFLE(0, 1, 2, 3)); }
 
-    /// Two elements of a row and the two below them.
+    /// Two elements of a row and the two below them. As integer vectors, which may be any type's memory at
+    /// any address; a double may not.
     static __m128 LoadPairs(const float* p) {
-        const __m128d first = _mm_load_sd(reinterpret_cast<const double*>(p));
-        return _mm_castpd_ps(_mm_loadh_pd(first, reinterpret_cast<const double*>(p + 18)));
+        const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        const __m128i second = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 18));
+        return _mm_castsi128_ps(_mm_unpacklo_epi64(first, second));
     }
 
     static void LoadSquare(const float* lines, Doubles4* x) {

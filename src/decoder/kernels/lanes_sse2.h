@@ -75,11 +75,12 @@ struct Doubles2 {
     }
 
 private:
+    // As integer vectors, which may be any type's memory at any address; a double may not.
     static __m128 LoadPair(const float* p) {
-        return _mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p)));
+        return _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
     }
     static void StorePair(float* p, __m128 pair) {
-        _mm_store_sd(reinterpret_cast<double*>(p), _mm_castps_pd(pair));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_castps_si128(pair));
     }
 };
 

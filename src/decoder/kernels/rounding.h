@@ -6,7 +6,8 @@
 namespace trnmpa {
 
 /// Rounds to the nearest integer, ties to even, and clips to 16 bits: the low ones of the result, those above
-/// them have no meaning. Without branches, so that compilers turn loops over it into vector code.
+/// them have no meaning. Sums of any size clip, those too large for 32-bit integers included: a loud signal
+/// never wraps. Without branches, so that compilers turn loops over it into vector code.
 inline std::uint32_t RoundToBits(float sample) {
     // The bits of floats, as integers, stand in the order of the positive ones and against that of the
     // negative.

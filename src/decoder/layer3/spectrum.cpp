@@ -19,8 +19,8 @@ int LongBandStart(const DecoderHeader& header, std::uint32_t band) {
     return tables::kLongBandStart[header.BandTableRow()][header.sampleRateIndex][std::min(band, kLastIndex)];
 }
 
-/// Where the second and third big-value regions begin, in lines. With window switching the lower sampling
-/// frequencies have fixed starts.
+/// Where the second and third big-value regions begin, in lines, the third never before the second. With
+/// window switching the lower sampling frequencies have fixed starts.
 RegionStarts FindRegionStarts(const DecoderHeader& header, const GranuleInfo& info, int bigValueLines) {
     const bool isSwitched = info.windowSwitching != 0;
     const bool isMpeg25 = header.mpeg25 != 0;
@@ -51,7 +51,7 @@ int ReadSpectrum(BitReader& bits, const DecoderHeader& header, const GranuleInfo
                  const LineGains& gains, int end, Spectrum spectrum) {
     const int bigValueLines = static_cast<int>(2 * info.bigValues);
     const RegionStarts starts = FindRegionStarts(header, info, bigValueLines);
-    const int edges[4] = {0, starts.region1, std::max(starts.region1, starts.region2), bigValueLines};
+    const int edges[4] = {0, starts.region1, starts.region2, bigValueLines};
     BitWindow window(bits);
     for (int region = 0; region < 3; ++region) {
         const int pairs = (edges[region + 1] - edges[region]) / 2;

@@ -189,6 +189,7 @@ def hybrid_tables():
 def synthesis_tables():
     numerators = [int(r['numerator']) for r in rows('synthesis_window')]
 
+    # D[32k + n] of table B.3.
     def tap(k, n, sign=1):
         return as_float(Decimal(sign * numerators[32 * k + n]) / 65536)
 
@@ -200,8 +201,6 @@ def synthesis_tables():
         return [as_float(1 / (2 * cos((2 * i + 1) * PI / (2 * n)))) for i in range(n // 2)]
 
     return [
-        array('float', 'kSynthesisWindow', (16, 32), [[tap(k, n) for n in range(32)] for k in range(16)],
-              'D[32k + n] of table B.3 as [k][n].'),
         array('float', 'kFoldedWindow', (16, 32), [folded(k) for k in range(16)],
               'D[32k + n] for even k, -D[32k + n] for odd k, n = 0..15; a zero; -D[32k + 32 - n], n = 1..15.',
               alignment=32),

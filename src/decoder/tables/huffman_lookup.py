@@ -42,6 +42,15 @@ def _fill(codes, index_bits, size):
     return entries
 
 
+def _check_complete(root, root_bits, long, long_bits):
+    """Whatever bits come, a root's or a long table's entry must stand for them: readers do not look for gaps."""
+    suffixes = 1 << (long_bits - root_bits)
+    for prefix, entry in enumerate(root):
+        if entry == 0:
+            behind = long[prefix * suffixes:(prefix + 1) * suffixes]
+            assert long_bits > root_bits and len(behind) == suffixes and all(behind), 'codes leave a gap'
+
+
 def pair_lookup(pairs, linbits):
     """All pair tables in one list of entries, and for each table (first of root, root bits, first of long, long bits)."""
     entries, places, long_places = [], [(0, 1, 0, 1)] * 32, {}
@@ -55,10 +64,12 @@ def pair_lookup(pairs, linbits):
         root = _fill(in_root, root_bits, 1 << root_bits)
         place = len(entries)
         entries += root
+        prefixes = 1 + max((i for i, entry in enumerate(root) if entry == 0), default=-1)
+        long = _fill(in_long, longest, prefixes << (longest - root_bits))
+        _check_complete(root, root_bits, long, longest)
         if tuple(codes) not in long_places:
-            prefixes = 1 + max((i for i, entry in enumerate(root) if entry == 0), default=-1)
             long_places[tuple(codes)] = len(entries)
-            entries += _fill(in_long, longest, prefixes << (longest - root_bits))
+            entries += long
         places[table] = place, root_bits, long_places[tuple(codes)], longest
     return entries, places
 
@@ -76,4 +87,5 @@ def quad_lookup(quads, index_bits):
             first = int(bits, 2) << (index_bits - len(bits))
             for i in range(first, first + (1 << (index_bits - len(bits)))):
                 entries[i] = pattern << 4 | len(bits)
+    assert all(entries), 'codes leave a gap'
     return entries

@@ -21,6 +21,10 @@ TEST(ModelOutput, RoundsHalvesToEvenAndClips) {
     EXPECT_EQ(ToPcm(-1.5), -2);
     EXPECT_EQ(ToPcm(40000.0), 32767);
     EXPECT_EQ(ToPcm(-40000.0), -32768);
+    EXPECT_EQ(ToPcm(32767.5), 32767);
+    EXPECT_EQ(ToPcm(-32768.5), -32768);
+    EXPECT_EQ(ToPcm(3e9), 32767) << "a negative number in 32 bits";
+    EXPECT_EQ(ToPcm(-3e9), -32768) << "a positive number in 32 bits";
 }
 
 TEST(ModelHeader, TakesWhatTheDecoderTakes) {

@@ -23,9 +23,9 @@ std::array<std::array<double, 32>, 64> MakeMatrix() {
 } // namespace
 
 std::int16_t ToPcm(double sum) {
-    const auto bits = std::bit_cast<std::uint64_t>(sum + 6755399441055744.0);
-    const auto integer = static_cast<std::int32_t>(static_cast<std::uint32_t>(bits));
-    return static_cast<std::int16_t>(std::clamp(integer, -32768, 32767));
+    const double clipped = std::clamp(sum, -32768.0, 32767.0);
+    const auto bits = std::bit_cast<std::uint64_t>(clipped + 6755399441055744.0); // 1.5 * 2^52
+    return static_cast<std::int16_t>(bits & 0xFFFFu);
 }
 
 void Synthesis::Reset() {

@@ -7,8 +7,7 @@
 
 namespace test::model {
 
-/// Nearest integer, halves to the even one, clipped to 16 bits. Only the low 32 bits of the integer are
-/// looked at, so a sum beyond them wraps before it is clipped.
+/// Nearest integer, halves to the even one, clipped to 16 bits however large the sum is.
 std::int16_t ToPcm(double sum);
 
 /// Both channels' filter banks, which step together: a channel that is left out keeps its old vectors at
