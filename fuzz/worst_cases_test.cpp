@@ -3,36 +3,25 @@
 #include "harness/sample_script.h"
 #include "harness/slice_script.h"
 
-#include "fileio/buffered_file_stream.h"
-#include "fileio/file_stream.h"
 #include "index/index_format.h"
 #include "mpa/file_header_sources.h"
 #include "mpa/file_probe.h"
 #include "mpa/frame_walk.h"
-#include "os/paths.h"
 #include "reader/reader_streams.h"
-#include "support/test_files.h"
 #include "trnmpafileread/index_creator.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 
 namespace {
 
 using fuzz::Bytes;
 using fuzz::Media;
+using fuzz::Repeated;
 using fuzz::Watched;
 
 constexpr std::size_t kMiB = std::size_t{1} << 20;
-
-Bytes Repeated(const Bytes& pattern, std::size_t bytes) {
-    Bytes repeated(bytes);
-    for (std::size_t i = 0; i < bytes; ++i)
-        repeated[i] = pattern[i % pattern.size()];
-    return repeated;
-}
 
 void Probe(const Media& media) {
     trnmpa::CMPGAudioFileBufferReader probe;
@@ -93,38 +82,36 @@ Bytes OneByteFrames(std::size_t frames) {
     return Repeated(frame, frames * frame.size());
 }
 
-class WorstCases : public testing::Test {};
-
 } // namespace
 
 // Each of them is compared with the header behind its frame, which lies between two others.
-TEST_F(WorstCases, LayerTwoHeadersThatNothingConfirms) {
-    GoThrough(Repeated({0xFF, 0xFD, 0x12, 0x00}, 8 * kMiB));
-    GoThrough(Repeated({0xFF, 0xFD, 0xE6, 0x00}, 8 * kMiB));
-    GoThrough(Repeated({0xFF, 0xF5, 0xE6, 0xC0, 0x00}, 8 * kMiB));
+TEST(WorstCases, LayerTwoHeadersThatNothingConfirms) {
+    GoThrough(Repeated(Bytes{0xFF, 0xFD, 0x12, 0x00}, 8 * kMiB));
+    GoThrough(Repeated(Bytes{0xFF, 0xFD, 0xE6, 0x00}, 8 * kMiB));
+    GoThrough(Repeated(Bytes{0xFF, 0xF5, 0xE6, 0xC0, 0x00}, 8 * kMiB));
 }
 
-TEST_F(WorstCases, LayerThreeHeadersWithoutFrames) {
-    GoThrough(Repeated({0xFF, 0xFB, 0x90, 0x00}, 8 * kMiB));
-    GoThrough(Repeated({0xFF, 0xFA, 0x14, 0xC0}, 8 * kMiB));
-    GoThrough(Repeated({0xFF, 0xE3, 0x18, 0x04}, 4 * kMiB));
+TEST(WorstCases, LayerThreeHeadersWithoutFrames) {
+    GoThrough(Repeated(Bytes{0xFF, 0xFB, 0x90, 0x00}, 8 * kMiB));
+    GoThrough(Repeated(Bytes{0xFF, 0xFA, 0x14, 0xC0}, 8 * kMiB));
+    GoThrough(Repeated(Bytes{0xFF, 0xE3, 0x18, 0x04}, 4 * kMiB));
 }
 
 // The decoder reads each of them, and each is passed over.
-TEST_F(WorstCases, HeadersOfAnotherFormatBehindOneFrame) {
-    GoThrough(test::Joined({test::SteadyStream(3).bytes, Repeated({0xFF, 0xFB, 0x90, 0xC0}, 8 * kMiB)}));
-    GoThrough(test::Joined({test::Layer2Stream(3).bytes, Repeated({0xFF, 0xFD, 0xA4, 0xC0}, 8 * kMiB)}));
+TEST(WorstCases, HeadersOfAnotherFormatBehindOneFrame) {
+    GoThrough(test::Joined({test::SteadyStream(3).bytes, Repeated(Bytes{0xFF, 0xFB, 0x90, 0xC0}, 8 * kMiB)}));
+    GoThrough(test::Joined({test::Layer2Stream(3).bytes, Repeated(Bytes{0xFF, 0xFD, 0xA4, 0xC0}, 8 * kMiB)}));
 }
 
 // Candidates of every step, none of which is a header.
-TEST_F(WorstCases, BytesThatAlmostAreHeaders) {
+TEST(WorstCases, BytesThatAlmostAreHeaders) {
     const Bytes stream = test::SteadyStream(2).bytes;
     for (const Bytes& pattern :
          {Bytes{0xFF}, Bytes{0xFF, 0xF0}, Bytes{0, 0xFF}, Bytes{0xFF, 0xFB, 0xFF, 0xFF}})
         GoThrough(test::Joined({stream, Repeated(pattern, 4 * kMiB), stream}));
 }
 
-TEST_F(WorstCases, TagsBehindTags) {
+TEST(WorstCases, TagsBehindTags) {
     const Bytes empty = {'I', 'D', '3', 3, 0, 0, 0, 0, 0, 0};
     GoThrough(Repeated(empty, 4 * kMiB));
     Bytes whole = empty;
@@ -136,7 +123,7 @@ TEST_F(WorstCases, TagsBehindTags) {
 }
 
 // The reservoir is filled from hundreds of frames before each jump's target.
-TEST_F(WorstCases, FramesWithOneByteOfMainData) {
+TEST(WorstCases, FramesWithOneByteOfMainData) {
     GoThrough(OneByteFrames(100'000));
     Media media(OneByteFrames(100'000));
     BuildIndex(media);
@@ -146,7 +133,7 @@ TEST_F(WorstCases, FramesWithOneByteOfMainData) {
         samples.Read(frame * 576, 10);
 }
 
-TEST_F(WorstCases, AnIndexThatClaimsTheAbsurd) {
+TEST(WorstCases, AnIndexThatClaimsTheAbsurd) {
     constexpr std::uint32_t kNumbers[] = {0, 1, 39, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
     const auto stream = test::SteadyStream(20);
     for (const std::uint32_t number : kNumbers)
@@ -169,7 +156,7 @@ TEST_F(WorstCases, AnIndexThatClaimsTheAbsurd) {
         }
 }
 
-TEST_F(WorstCases, AnIndexOfAMillionEntries) {
+TEST(WorstCases, AnIndexOfAMillionEntries) {
     const auto stream = test::SteadyStream(20);
     test::Index index = test::IndexOf(stream);
     index.entries.resize(1'000'000, {0, 39});
@@ -177,129 +164,4 @@ TEST_F(WorstCases, AnIndexOfAMillionEntries) {
     Media media(stream.bytes, index.ToBytes());
     Probe(media);
     ReadAround(media);
-}
-
-// As much as a request may be. What the file does not have costs no time.
-TEST_F(WorstCases, RequestsOfNearlyTwoGiB) {
-    const Media media(test::SteadyStream(20).bytes);
-    trnmpa::KwMpAudioReader2 reader;
-    KW_MEDIA_BASE_INFO_ST info;
-    ASSERT_EQ(reader.Initialize(), 1);
-    ASSERT_EQ(reader.SetInputFile(media.Path()), 1);
-    ASSERT_EQ(reader.GetStreamInfo(&info), 1);
-    for (const std::int64_t start : {std::int64_t{0}, std::int64_t{5000}, std::int64_t{1} << 40}) {
-        AudioReaderDataIn request;
-        request.startSample = start;
-        request.sampleCount = 0x1FFFFFFF;
-        const std::size_t bytes = std::size_t{4} * request.sampleCount;
-        unsigned char* data = nullptr;
-        std::int32_t size = 0;
-        ASSERT_EQ(Watched("GetSamples", media.WorkFor(bytes),
-                          [&] { return reader.GetSamples(request, data, size, nullptr); }),
-                  1);
-        ASSERT_EQ(static_cast<std::size_t>(size), bytes);
-        for (const std::size_t place : {std::size_t{0}, bytes / 2, bytes - 1})
-            EXPECT_EQ(data[place], 0) << "silence, as the file ends before";
-    }
-}
-
-namespace {
-
-WAVEFORMATEX Pcm(std::uint32_t rate, std::uint16_t channels, std::uint16_t bits) {
-    WAVEFORMATEX format = {};
-    format.wFormatTag = 1;
-    format.nSamplesPerSec = rate;
-    format.nChannels = channels;
-    format.wBitsPerSample = bits;
-    return format;
-}
-
-/// Slices of `seconds` of a file of `seconds`, in a format.
-void ReadSlices(std::int64_t seconds, WAVEFORMATEX output, bool fits) {
-    static const Media media(Repeated(test::Layer2Stream(50).bytes, 576 * 50 * 20));
-    TRN_MpAudioFileReader reader;
-    ASSERT_EQ(reader.Initialize(), 1);
-    ASSERT_EQ(reader.SetPerPCMFrameTime(seconds * 10'000'000), 1);
-    ASSERT_EQ(reader.SetInputFile(CComBSTR(media.Path().c_str())), 1);
-    ASSERT_EQ(reader.StartRead(), 1);
-    ASSERT_EQ(reader.SetOutputWAVEFormat(output), 1);
-    unsigned char* data = nullptr;
-    std::int32_t length = 0;
-    WAVEFORMATEX format = {};
-    std::int32_t atEnd = 0;
-    const std::size_t answer = static_cast<std::size_t>(seconds) *
-                               (output.nSamplesPerSec == 0 ? 48000u : output.nSamplesPerSec) *
-                               (output.nChannels == 0 ? 4u : output.nChannels * output.wBitsPerSample / 8u);
-    const std::int32_t result = Watched("ReadFrame", media.WorkFor(answer),
-                                        [&] { return reader.ReadFrame(&data, length, &format, atEnd); });
-    EXPECT_EQ(result, fits ? 1 : 0);
-    EXPECT_EQ(atEnd, fits ? 0 : 1);
-    EXPECT_EQ(static_cast<std::size_t>(length), fits ? answer : 0);
-}
-
-} // namespace
-
-// Of a slice only the result itself grows with its length.
-TEST_F(WorstCases, LongSlices) {
-    ReadSlices(20, {}, true);
-    ReadSlices(20, Pcm(48000, 1, 8), true);
-    ReadSlices(10, Pcm(44100, 2, 16), true);
-    ReadSlices(1, Pcm(192'000, 2, 32), true);
-}
-
-TEST_F(WorstCases, SlicesThatTheFileCannotFill) {
-    ReadSlices(11'000, {}, false);
-    ReadSlices(5000, Pcm(48000, 2, 32), false);
-    ReadSlices(3600, Pcm(44100, 1, 16), false);
-}
-
-TEST_F(WorstCases, ShortSlicesAtTheLowestRate) {
-    Media media(test::SteadyStream(60).bytes);
-    fuzz::Bytes script;
-    for (int i = 0; i < 20; ++i)
-        script.insert(script.end(), {15, 8, static_cast<std::uint8_t>(i)});
-    // 1 ms, and a rate 256 times lower.
-    fuzz::InputWriter settings;
-    settings.U8(3).U8(1).U8(4).U8(0x10).U8(1).U8(7).Append(script);
-    fuzz::Input input(settings.Done());
-    fuzz::SliceScript slices(media);
-    slices.Open();
-    while (!input.IsEmpty())
-        slices.Step(input);
-}
-
-// The buffer that a setting asks for costs nothing where no file fills it.
-TEST_F(WorstCases, ABufferedStreamWithTheLargestBuffer) {
-    const Media media(Bytes(100'000, 7));
-    trnmpa::CFileStream file;
-    file.AddRef();
-    constexpr std::int32_t kLargest = INT32_MAX;
-    const fuzz::Work work = media.WorkFor(kLargest);
-    Watched("buffered stream", work, [&] {
-        trnmpa::CBufferedFileStream stream(&file, kLargest);
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(stream.Open(media.Path(), 0), 1);
-            Bytes bytes(200'000);
-            EXPECT_EQ(stream.Read(bytes.data(), 200'000), 100'000u);
-            EXPECT_EQ(bytes[99'999], 7);
-        }
-        stream.Close();
-    });
-}
-
-TEST_F(WorstCases, LongSettingsFiles) {
-    const std::filesystem::path file =
-        std::filesystem::path(os::NarrowToUtf8(os::ExecutablePath())).parent_path() / "trnfsdk.ini";
-    for (const Bytes& pattern : {Bytes{'a'}, Bytes{'['}, Bytes{'\n'}, Bytes{'=', '\n'}, Bytes{0xC3, 0xA4},
-                                 Bytes{'[', 'C', 'O', 'D', 'E', 'C', ']', '\n'}})
-        for (const Bytes& mark : {Bytes{}, Bytes{0xEF, 0xBB, 0xBF}, Bytes{0xFF, 0xFE}}) {
-            const Bytes settings = test::Joined({mark, Repeated(pattern, 2 * kMiB)});
-            test::WriteFile(file, settings);
-            Media media(test::SteadyStream(4).bytes);
-            Watched("settings", {settings.size(), 0, 0}, [&] {
-                trnmpa::KwMpAudioReader2 reader;
-                EXPECT_EQ(reader.Initialize(), 1);
-            });
-        }
-    std::filesystem::remove(file);
 }

@@ -21,4 +21,11 @@ void Touch(View bytes) {
     sink = sum;
 }
 
+Bytes Repeated(View pattern, std::size_t bytes) {
+    Bytes repeated(bytes);
+    for (std::size_t i = 0; i < bytes; ++i)
+        repeated[i] = pattern[i % pattern.size()];
+    return repeated;
+}
+
 } // namespace fuzz

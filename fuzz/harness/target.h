@@ -29,6 +29,9 @@ private:
     std::size_t size_;
 };
 
+/// `bytes` of a pattern, over and over.
+Bytes Repeated(View pattern, std::size_t bytes);
+
 /// Reads every byte, so that the sanitizers see one that is not there.
 void Touch(View bytes);
 
