@@ -3,13 +3,15 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 namespace trnmpa {
 
 /// Runs an operation of an exported interface; an exception of any kind, failed allocation included, becomes
 /// `thrown`.
 template <typename Operation>
-std::int32_t Guarded(Operation&& operation, std::int32_t thrown = 0) noexcept {
+std::invoke_result_t<Operation> Guarded(Operation&& operation,
+                                        std::invoke_result_t<Operation> thrown = {}) noexcept {
     try {
         return operation();
     } catch (...) {
