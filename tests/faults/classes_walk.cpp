@@ -244,4 +244,11 @@ std::unique_ptr<ModuleWalk> WalkBases() {
     return std::make_unique<VideoBaseWalk>();
 }
 
+void MeetFirstException() {
+    const FaultLayer layer(Fault{SystemCall::kAllocate, 0, FaultLength::kOnce});
+    TRN_MpaFileIndexCreator creator;
+    const FaultLayer::Window window;
+    creator.Initialize();
+}
+
 } // namespace test

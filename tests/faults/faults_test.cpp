@@ -129,6 +129,7 @@ class Faults : public testing::TestWithParam<WalkCase> {
 protected:
     Faults() {
         TakeOverCalls();
+        MeetFirstException();
         settings_.SelectDecoder(GetParam().decoder);
     }
 

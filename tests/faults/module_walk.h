@@ -70,4 +70,8 @@ std::unique_ptr<ModuleWalk> WalkBuilder(const std::filesystem::path& media);
 /// The two interfaces that hosts may derive from.
 std::unique_ptr<ModuleWalk> WalkBases();
 
+/// Has the module throw and catch once: the first exception of a thread takes memory that some systems cannot
+/// do without.
+void MeetFirstException();
+
 } // namespace test
