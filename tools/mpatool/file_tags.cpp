@@ -127,9 +127,9 @@ std::optional<FileTag> OldLyrics3Before(trnmpa::SourceWindow& window, std::int64
         return std::nullopt;
     const std::int64_t from = std::max(begin, end - kMostBytes);
     const Bytes bytes = window.At(from, static_cast<std::size_t>(end - from));
-    const auto found = std::ranges::search(bytes, kBegin);
-    return found.empty() ? std::nullopt
-                         : EndingAt("Lyrics3 tag", begin, end, end - from - (found.begin() - bytes.begin()));
+    const auto found = std::search(bytes.begin(), bytes.end(), kBegin.begin(), kBegin.end());
+    return found == bytes.end() ? std::nullopt
+                                : EndingAt("Lyrics3 tag", begin, end, end - from - (found - bytes.begin()));
 }
 
 } // namespace
