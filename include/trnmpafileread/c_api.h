@@ -3,7 +3,7 @@
 ///
 ///     trnmpa_reader* reader = NULL;
 ///     if (trnmpa_reader_open_utf8("song.mp3", &reader) == TRNMPA_OK) {
-///         trnmpa_info info = {sizeof info};
+///         trnmpa_info info = {.struct_size = sizeof info};
 ///         trnmpa_reader_info(reader, &info);
 ///         ...
 ///         trnmpa_reader_close(reader);
