@@ -1,7 +1,8 @@
 # What `make package` packs besides the installation: documents, examples, licences of what is compiled or linked in.
 install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN "*.md" PATTERN api EXCLUDE)
-install(FILES examples/plugin_host.cpp examples/direct_link.cpp DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
+install(FILES examples/plugin_host.cpp examples/direct_link.cpp examples/c_host.c examples/python_host.py
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
 install(FILES examples/project/CMakeLists.txt DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/project")
 
 # By Debian's packages, which the parts come from, and whose names and versions lead to their sources.

@@ -1,6 +1,8 @@
 /// Wide paths and the places of this process.
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,13 @@ extern const wchar_t kPathSeparator;
 /// U+FFFD.
 std::wstring WidenUtf8(std::string_view text);
 std::string NarrowToUtf8(std::wstring_view text);
+
+/// UTF-16 to the system's wide string; lone surrogates stay as they are.
+std::wstring WidenUtf16(std::span<const std::uint16_t> units);
+
+/// True when the wide string holds nothing but characters: surrogates in pairs (where wide characters have 16
+/// bits) or not at all, nothing above U+10FFFF.
+bool IsText(std::wstring_view text);
 
 /// The text of bytes in the system's ANSI code page (Latin-1 where the system has none), up to the first
 /// zero.

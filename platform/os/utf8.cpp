@@ -28,6 +28,10 @@ constexpr bool IsLowSurrogate(CodePoint code) {
     return code >= 0xDC00 && code <= 0xDFFF;
 }
 
+constexpr CodePoint CodeOfPair(CodePoint high, CodePoint low) {
+    return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
+}
+
 constexpr bool IsEscapedByte(CodePoint code) {
     return !kUtf16 && code >= kEscapedBytes + 0x80 && code <= kEscapedBytes + 0xFF;
 }
@@ -140,12 +144,38 @@ std::string NarrowToUtf8(std::wstring_view text) {
         CodePoint code = UnitAt(text, index);
         const CodePoint next = UnitAt(text, index + 1);
         if (IsHighSurrogate(code) && IsLowSurrogate(next)) {
-            code = 0x10000 + ((code - 0xD800) << 10) + (next - 0xDC00);
+            code = CodeOfPair(code, next);
             ++index;
         }
         AppendNarrow(narrow, code);
     }
     return narrow;
+}
+
+std::wstring WidenUtf16(std::span<const std::uint16_t> units) {
+    std::wstring wide;
+    wide.reserve(units.size());
+    for (std::size_t index = 0; index < units.size(); ++index) {
+        CodePoint code = units[index];
+        const CodePoint next = index + 1 < units.size() ? units[index + 1] : 0;
+        if (IsHighSurrogate(code) && IsLowSurrogate(next)) {
+            code = CodeOfPair(code, next);
+            ++index;
+        }
+        AppendWide(wide, code);
+    }
+    return wide;
+}
+
+bool IsText(std::wstring_view text) {
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const CodePoint code = UnitAt(text, index);
+        if (kUtf16 && IsHighSurrogate(code) && IsLowSurrogate(UnitAt(text, index + 1)))
+            ++index;
+        else if (IsSurrogate(code) || code > kLastCodePoint)
+            return false;
+    }
+    return true;
 }
 
 } // namespace os

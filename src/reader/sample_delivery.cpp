@@ -30,6 +30,8 @@ std::int32_t KwMpAudioReader2::GetSamples(const AudioReaderDataIn& request, unsi
                                           std::int32_t& size, unsigned long*) {
     data = nullptr;
     size = 0;
+    stream_.decodedBytes = 0;
+    stream_.metEnd = false;
     if (stream_.needsOpen)
         return kNotOpen;
     if (request.startSample < 0 || request.sampleCount == 0)
@@ -74,6 +76,7 @@ std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::si
 }
 
 std::int32_t KwMpAudioReader2::Silence(std::size_t bytes, unsigned char*& data) {
+    stream_.metEnd = true;
     data = pcmBufferA_.RequireZeros(std::max<std::size_t>(bytes, 1));
     return kSuccess;
 }
@@ -198,6 +201,7 @@ bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, 
             std::memcpy(pcm, held, copied);
         pcm += copied;
         bytes -= copied;
+        stream_.decodedBytes += decoded ? copied : 0;
         if (bytes == 0)
             return decoded;
     }
@@ -206,6 +210,7 @@ bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, 
 /// The external decoder has given up: what is missing of the request is silence.
 void KwMpAudioReader2::Mute(std::uint8_t* pcm, std::size_t bytes) {
     std::memset(pcm, 0, bytes);
+    stream_.metEnd = true;
     ForgetPosition();
     LogDecodeError(static_cast<std::int32_t>(stream_.targetFrame));
 }

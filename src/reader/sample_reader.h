@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,19 @@ public:
     std::int32_t GetSamples(const AudioReaderDataIn& request, unsigned char*& data, std::int32_t& size,
                             unsigned long* extra);
 
+    /// Of the last successful GetSamples: the PCM that the stream had for it, which is all of it unless
+    /// MetEnd. Valid until the next call.
+    std::span<const std::uint8_t> DecodedPcm() const { return {pcmBufferA_.Data(), stream_.decodedBytes}; }
+    bool MetEnd() const { return stream_.metEnd; }
+
+    /// What the open found, for as long as the file is open.
+    const WAVEFORMATEX& Format() const { return stream_.format; }
+    const AMPFrameInfo& Frame() const { return stream_.layout.frame; }
+    /// Samples of decoder delay, left out before sample 0.
+    std::int64_t Delay() const { return stream_.skipSamples; }
+    bool HasIndex() const { return stream_.hasIndex; }
+    std::span<const MpaIndexEntry> IndexEntries() const { return stream_.frameTable; }
+
     /// Back to the constructed state; 1.
     std::int32_t Close();
 
@@ -86,6 +100,9 @@ private:
         /// after the end of the stream, a fault or an exception.
         std::optional<std::int64_t> heldFrame;
         std::optional<std::int64_t> nextFrame;
+
+        std::size_t decodedBytes = 0; ///< of the last request, up to the first fault
+        bool metEnd = false;          ///< it could not be filled
     };
 
     std::int32_t CreateDecoder();

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compiles and runs what stands in code blocks of README and docs, so that no example rots.
 
-Blocks by language: cpp is a whole program, run with the module's path and a file's path; cmake is a host's project, built
+Blocks by language: cpp, c and python are whole programs, run with the module's path and a file's path; cmake is a host's project, built
 against an installed package; sh is run line by line, programs of the build standing in for installed ones; ini is a
 settings file that mpatool runs with; text that begins with a file of the repository is what mpatool tells of it; other
 text, mermaid and json show, and are not run. Any other language fails.
@@ -51,12 +51,24 @@ class Bench:
         return folder
 
     def program(self, folder, text):
-        source = folder / "player.cpp"
-        source.write_text(text)
+        self.compiled(["c++", "-std=c++20", "-Wall", "-Wextra", "-Werror"], folder, "player.cpp", text)
+
+    def c_program(self, folder, text):
+        self.compiled(["cc", "-std=c99", "-Wall", "-Wextra", "-pedantic", "-Werror"], folder, "player.c", text)
+
+    def compiled(self, compiler, folder, name, text):
+        (folder / name).write_text(text)
         flags = self.run(["pkg-config", "--cflags", "--libs", "trnmpafileread"],
                          env=self.environment).stdout.split()
-        self.run(["c++", "-std=c++20", "-Wall", "-Wextra", "-Werror", source, "-o", folder / "player", *flags])
-        said = self.run([folder / "player", self.library, folder / "song.mp3"], env=self.environment).stdout
+        self.run([*compiler, folder / name, "-o", folder / "player", *flags])
+        self.host([folder / "player"], folder)
+
+    def script(self, folder, text):
+        (folder / "player.py").write_text(text)
+        self.host([sys.executable, folder / "player.py"], folder)
+
+    def host(self, command, folder):
+        said = self.run([*command, self.library, folder / "song.mp3"], env=self.environment).stdout
         print(said)
         if not said:
             sys.exit("the program said nothing")
@@ -109,7 +121,8 @@ class Bench:
 
 def check(bench, page, number, language, text):
     print(f"== {page.relative_to(SOURCE)}, block {number}: {language}", flush=True)
-    runners = {"cpp": bench.program, "cmake": bench.project, "ini": bench.settings, "sh": bench.commands}
+    runners = {"cpp": bench.program, "c": bench.c_program, "python": bench.script, "cmake": bench.project,
+               "ini": bench.settings, "sh": bench.commands}
     if language == "text" and (SOURCE / text.splitlines()[0]).is_file():
         bench.report(text)
         return 1

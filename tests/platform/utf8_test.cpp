@@ -1,8 +1,10 @@
 #include "os/paths.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -135,6 +137,33 @@ TEST(WidenAnsi, EveryByteGivesAText) {
         EXPECT_LE(os::WidenAnsi(std::string(1, static_cast<char>(byte))).size(), 1u) << byte;
     for (char letter = ' '; letter < 127; ++letter)
         EXPECT_EQ(os::WidenAnsi(std::string(1, letter)), std::wstring(1, static_cast<wchar_t>(letter)));
+}
+
+TEST(Utf16, BecomesWideCharacters) {
+    const std::u16string utf16 = u"a\u0080\uFFFF\U00010000\U0010FFFF";
+    const std::vector<std::uint16_t> units(utf16.begin(), utf16.end());
+    EXPECT_EQ(os::WidenUtf16(units), L"a\u0080\uFFFF\U00010000\U0010FFFF");
+    EXPECT_EQ(os::WidenUtf16({}), L"");
+}
+
+TEST(Utf16, LoneSurrogatesStay) {
+    for (const std::vector<std::uint16_t>& units :
+         {std::vector<std::uint16_t>{0xD834}, {0xDD1E, 0xD834}, {0xD834, 'a'}}) {
+        const std::wstring wide = os::WidenUtf16(units);
+        EXPECT_EQ(std::vector<std::uint16_t>(wide.begin(), wide.end()), units);
+        EXPECT_FALSE(os::IsText(wide));
+    }
+}
+
+TEST(Text, IsMadeOfCharacters) {
+    EXPECT_TRUE(os::IsText(L""));
+    EXPECT_TRUE(os::IsText(L"a\uD7FF\uE000\uFFFF\U00010000\U0010FFFF"));
+    EXPECT_FALSE(os::IsText(std::wstring(1, static_cast<wchar_t>(0xDC80))));
+    if (!kUtf16) {
+        EXPECT_FALSE(os::IsText(std::wstring(1, static_cast<wchar_t>(0x110000))));
+        EXPECT_FALSE(os::IsText(std::wstring{static_cast<wchar_t>(0xD834), static_cast<wchar_t>(0xDD1E)}))
+            << "no pairs here";
+    }
 }
 
 } // namespace

@@ -101,8 +101,13 @@ std::string Symbol(const std::string& className, std::string operation) {
 
 TEST(Exports, EveryListedNameIsThere) {
     const ListedExports listed = Listed();
-    EXPECT_THAT(listed.names, testing::ElementsAre("GetPluginReadModule", "trnmpa_api_version",
-                                                   "trnmpa_kernels_available", "trnmpa_use_kernels"));
+    EXPECT_THAT(listed.names, testing::ElementsAre(
+                                  "GetPluginReadModule", "trnmpa_api_version", "trnmpa_error_text",
+                                  "trnmpa_index_build_utf16", "trnmpa_index_build_utf8",
+                                  "trnmpa_kernels_available", "trnmpa_reader_close", "trnmpa_reader_info",
+                                  "trnmpa_reader_open_utf16", "trnmpa_reader_open_utf8", "trnmpa_reader_read",
+                                  "trnmpa_slices_close", "trnmpa_slices_next", "trnmpa_slices_open_utf16",
+                                  "trnmpa_slices_open_utf8", "trnmpa_slices_seek", "trnmpa_use_kernels"));
     EXPECT_THAT(BuiltModule().exports, testing::IsSupersetOf(listed.names));
 }
 

@@ -1,5 +1,6 @@
 #include "index/builder/file_index_writer.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -33,13 +34,18 @@ std::int32_t KwMpaFileIndexWriter::Initialize() {
 }
 
 std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath) {
+    return SetInputFile(mediaPath, IndexPathFor(mediaPath));
+}
+
+std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath,
+                                                const std::wstring& indexPath) {
     if (media_ == nullptr || index_ == nullptr)
         return 0;
     scan_.reset();
     indexPath_ = mediaPath;
     if (!OpenMedia(mediaPath))
         return 0;
-    indexPath_ = IndexPathFor(mediaPath);
+    indexPath_ = indexPath;
     if (!OpenIndex())
         return 0;
     header_.mediaFileSize = static_cast<std::uint32_t>(media_->GetLength());
@@ -90,10 +96,12 @@ void KwMpaFileIndexWriter::Scan() {
 }
 
 bool KwMpaFileIndexWriter::ScanFrames() {
+    AskWatcher(0);
     while (!gate_.StopRequested()) {
         const auto entry = scan_->Next();
         if (!entry) {
             percent_ = 100;
+            AskWatcher(header_.mediaFileSize);
             return true;
         }
         if (!Append(*entry))
@@ -101,7 +109,10 @@ bool KwMpaFileIndexWriter::ScanFrames() {
         ++header_.frameCount;
         ReportFrame(*entry);
         const std::uint64_t end = std::uint64_t{entry->frameOffset} + entry->frameBytes;
-        if (end >= header_.mediaFileSize)
+        const bool isLast = end >= header_.mediaFileSize;
+        if (isLast || header_.frameCount % kFramesPerReport == 0)
+            AskWatcher(std::min<std::uint64_t>(end, header_.mediaFileSize));
+        if (isLast)
             return true;
     }
     return true;
@@ -134,6 +145,13 @@ void KwMpaFileIndexWriter::ReportFrame(const MpaIndexEntry& entry) {
                    std::memory_order_relaxed);
     framesIndexed_.store(header_.frameCount, std::memory_order_relaxed);
     state_.store(TRN_INDEX_RUNNING, std::memory_order_relaxed);
+}
+
+void KwMpaFileIndexWriter::AskWatcher(std::uint64_t bytesDone) {
+    if (watcher_ == nullptr || watcher_({header_.frameCount, bytesDone, header_.mediaFileSize}))
+        return;
+    gate_.RequestStop();
+    state_ = TRN_INDEX_CANCELLED;
 }
 
 template <typename Step>

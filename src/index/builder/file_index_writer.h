@@ -11,12 +11,21 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace trnmpa {
+
+/// How far a scan has come.
+struct IndexScanProgress {
+    std::uint32_t frames = 0; ///< entries so far
+    std::uint64_t bytesDone = 0;
+    std::uint64_t bytesTotal = 0; ///< length of the media file
+};
 
 /// Scans one media file and writes its index; TRN_MpaFileIndexCreator tells what its operations do. Results
 /// are 1 or 0. GetFileIdxingProgress and CancelIndexing may be called from any thread.
@@ -31,6 +40,15 @@ public:
     /// The header is zeroed by Initialize alone: a second file opened on one engine starts with the first
     /// one's header and counts on from it.
     std::int32_t SetInputFile(const std::wstring& mediaPath);
+    /// The same with an index of another name.
+    std::int32_t SetInputFile(const std::wstring& mediaPath, const std::wstring& indexPath);
+
+    /// Has the next scans report: at the beginning, after every kFramesPerReport frames and at the end, on
+    /// the thread that scans. False cancels.
+    using Watcher = std::function<bool(const IndexScanProgress& progress)>;
+    static constexpr std::uint32_t kFramesPerReport = 100;
+    void SetWatcher(Watcher watcher) { watcher_ = std::move(watcher); }
+
     std::int32_t CreateFileIndex();
     std::int32_t GetFileIdxingProgress(PROGRESS_INFO& progress) const;
     std::int32_t CancelIndexing();
@@ -45,11 +63,13 @@ private:
     bool RewriteHeader(const MpaIndexHeader& header);
     bool WriteHeader(const MpaIndexHeader& header);
     void ReportFrame(const MpaIndexEntry& entry);
+    void AskWatcher(std::uint64_t bytesDone);
     template <typename Step>
     void FailingOnThrow(Step&& step) noexcept;
     void Fail();
 
     std::wstring indexPath_;
+    Watcher watcher_;
     ScanGate gate_;
     std::atomic<std::uint32_t> percent_ = 0;
     std::atomic<std::uint32_t> framesIndexed_ = 0;
