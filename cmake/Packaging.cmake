@@ -8,7 +8,8 @@ install(FILES examples/project/CMakeLists.txt DESTINATION "${CMAKE_INSTALL_DOCDI
 # By Debian's packages, which the parts come from, and whose names and versions lead to their sources.
 set(parts libcli11-dev nlohmann-json3-dev)
 if(CMAKE_CROSSCOMPILING)
-    list(APPEND parts libsamplerate0-dev libmpg123-dev gcc-mingw-w64-base mingw-w64-x86-64-dev)
+    list(APPEND parts libsamplerate0-dev libmpg123-dev libpng-dev libz-mingw-w64-dev
+        gcc-mingw-w64-base mingw-w64-x86-64-dev)
 endif()
 foreach(part IN LISTS parts)
     # Missing on other systems than Debian; the packages' test asks for them.

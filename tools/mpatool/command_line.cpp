@@ -32,6 +32,12 @@ void AddOutputOptions(CLI::App& command, RawOptions& raw) {
     command.add_flag("--force", raw.force, "Overwrite an existing output file");
 }
 
+void AddStretchOptions(CLI::App& command, RawOptions& raw, const std::string& verb) {
+    command.add_option("--start", raw.start, "First sample to " + verb)->type_name("SAMPLES|TIME");
+    command.add_option("--length", raw.length, "How much to " + verb + "; less when the stream ends before")
+        ->type_name("SAMPLES|TIME");
+}
+
 CLI::App* AddInfoCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* info =
         app.add_subcommand("info", "Show what the module and a walk over all frames tell about files");
@@ -44,9 +50,7 @@ CLI::App* AddDecodeCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* decode = app.add_subcommand("decode", "Decode a file to PCM");
     decode->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
     AddOutputOptions(*decode, raw);
-    decode->add_option("--start", raw.start, "First sample to deliver")->type_name("SAMPLES|TIME");
-    decode->add_option("--length", raw.length, "How much to deliver; less when the stream ends before")
-        ->type_name("SAMPLES|TIME");
+    AddStretchOptions(*decode, raw, "deliver");
     decode->add_option("--decoder", raw.decoder, "builtin or external")
         ->check(CLI::IsMember({kBuiltInName, kExternalName}).description(""))
         ->type_name("DECODER");
@@ -100,6 +104,27 @@ CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
     return frames;
 }
 
+CLI::App* AddWaveformCommand(CLI::App& app, RawOptions& raw) {
+    CLI::App* waveform = app.add_subcommand("waveform", "Draw the sound of a file as SVG or PNG");
+    waveform->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
+    waveform->add_option("-o,--output", raw.output, "Output file; - for standard output")->type_name("OUT");
+    waveform->add_option("--format", raw.format, "svg or png")
+        ->check(CLI::IsMember({kSvgName, kPngName}).description(""))
+        ->type_name("FORMAT");
+    waveform->add_option("--width", raw.width, "Pixels across, 100 to 20000; 1600 without it")
+        ->check(CLI::Range(kSmallestWidth, kLargestWidth).description(""))
+        ->type_name("N");
+    waveform->add_option("--height", raw.height, "Pixels down, 50 to 5000")
+        ->check(CLI::Range(kSmallestHeight, kLargestHeight).description(""))
+        ->type_name("N");
+    AddStretchOptions(*waveform, raw, "draw");
+    waveform->add_flag("--bitrate", raw.bitRate, "Add the bit rate of the frames");
+    waveform->add_flag("--frames", raw.frames, "Add block types and the bit reservoir of Layer III");
+    waveform->add_flag("--force", raw.force, "Overwrite an existing output file");
+    waveform->footer(std::string(kWaveformFooter) + kExitFooter);
+    return waveform;
+}
+
 CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* selftest = app.add_subcommand("selftest", "Hold a module to the contract with its hosts");
     selftest->add_option("--streams", raw.streams)->group("");
@@ -132,6 +157,7 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     const CLI::App* slices = AddSlicesCommand(app, raw);
     const CLI::App* selftest = AddSelftestCommand(app, raw);
     const CLI::App* check = AddCheckCommand(app, raw);
+    const CLI::App* waveform = AddWaveformCommand(app, raw);
     AddDecodeCommand(app, raw);
     try {
         // CLI11 takes the arguments from the back.
@@ -156,6 +182,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
         return ToSlicesOptions(raw);
     if (frames->parsed())
         return ToFramesOptions(raw);
+    if (waveform->parsed())
+        return ToWaveformOptions(raw);
     if (selftest->parsed())
         return ToSelftestOptions(raw);
     return ToDecodeOptions(raw);

@@ -77,13 +77,29 @@ struct FramesOptions {
     TableForm form = TableForm::kReadable;
 };
 
+enum class PictureFormat { kSvg, kPng };
+
+struct WaveformOptions {
+    std::wstring file;
+    std::wstring module;                 ///< empty: the one beside this program
+    std::wstring output;                 ///< "-" for standard output; empty: by the input's name
+    std::optional<PictureFormat> format; ///< none: the output's name decides
+    bool force = false;
+    std::int32_t width = 0; ///< pixels
+    std::optional<std::int32_t> height;
+    StreamLength start;
+    std::optional<StreamLength> length; ///< none: to the end
+    bool bitRate = false;               ///< a lane for it
+    bool frames = false;                ///< lanes for block types and reservoir
+};
+
 struct SelftestOptions {
     std::wstring module;  ///< empty: the one beside this program
     std::wstring streams; ///< folder with the built-in streams, for the process that runs the checks
 };
 
 using Command = std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions,
-                             CheckOptions, SelftestOptions>;
+                             CheckOptions, SelftestOptions, WaveformOptions>;
 
 /// Reads the arguments (UTF-8, the program's name first). Throws UsageError.
 Command ParseCommandLine(const std::vector<std::string>& arguments);

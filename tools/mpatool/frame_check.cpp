@@ -1,12 +1,9 @@
 #include "mpatool/frame_check.h"
 
-#include "decoder/bit_reader.h"
-#include "decoder/frame_header.h"
-#include "decoder/layer3/side_info.h"
 #include "decoder/tables/layer2_tables.h"
+#include "mpatool/frame_head.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <optional>
 
@@ -16,29 +13,7 @@ namespace {
 
 using trnmpa::DecoderHeader;
 using Frame = std::span<const std::uint8_t>;
-
-constexpr std::size_t kHeaderBytes = 4;
-constexpr std::size_t kCrcBytes = 2;
-
-/// The bytes behind header and CRC word that tell how a frame is made up, with zeros behind them.
-class Head {
-public:
-    static constexpr std::size_t kBytes = 64;
-
-    Head(Frame frame, std::size_t from) {
-        from = std::min(from, frame.size());
-        std::copy_n(frame.begin() + static_cast<std::ptrdiff_t>(from), std::min(kBytes, frame.size() - from),
-                    bytes_.begin());
-    }
-
-    trnmpa::BitReader Bits() const { return {bytes_.data(), static_cast<int>(kBytes)}; }
-    std::span<const std::uint8_t, trnmpa::SideInfo::kMaximumBytes> SideInfo() const {
-        return std::span(bytes_).first<trnmpa::SideInfo::kMaximumBytes>();
-    }
-
-private:
-    std::array<std::uint8_t, kBytes + trnmpa::BitReader::kZerosBehind> bytes_{};
-};
+using Head = FrameHead;
 
 /// CRC-16 of ISO/IEC 11172-3, 2.4.3.1.
 class Crc {
@@ -86,9 +61,9 @@ std::optional<int> Layer2ProtectedBits(const DecoderHeader& header, trnmpa::BitR
 }
 
 bool HasWrongCrc(const DecoderHeader& header, Frame frame) {
-    if (header.hasCrc == 0 || frame.size() < kHeaderBytes + kCrcBytes)
+    if (header.hasCrc == 0 || frame.size() < Head::kHeaderBytes + Head::kCrcBytes)
         return false;
-    const Head head(frame, kHeaderBytes + kCrcBytes);
+    const Head head(frame, Head::kHeaderBytes + Head::kCrcBytes);
     const auto bits = header.layer == 2 ? Layer2ProtectedBits(header, head.Bits())
                                         : std::optional(8 * header.SideInfoBytes());
     if (!bits)
@@ -111,14 +86,14 @@ std::int64_t MainDataBits(const DecoderHeader& header, const trnmpa::SideInfo& s
 
 FrameFaults FrameCheck::Check(Frame frame) {
     FrameFaults faults;
-    if (frame.size() < kHeaderBytes)
+    if (frame.size() < Head::kHeaderBytes)
         return faults;
     const DecoderHeader header = trnmpa::ParseHeader({frame[0], frame[1], frame[2], frame[3]});
     faults.hasWrongCrc = HasWrongCrc(header, frame);
     if (header.layer != 3)
         return faults;
-    const std::size_t sideInfoStart = kHeaderBytes + (header.hasCrc != 0 ? kCrcBytes : 0);
-    const trnmpa::SideInfo sideInfo = ParseSideInfo(header, Head(frame, sideInfoStart).SideInfo());
+    const std::size_t sideInfoStart = SideInfoStart(header);
+    const trnmpa::SideInfo sideInfo = SideInfoOf(header, frame);
     const std::int64_t ownBytes = static_cast<std::int64_t>(frame.size()) -
                                   static_cast<std::int64_t>(sideInfoStart) - header.SideInfoBytes();
     const auto back = static_cast<std::int64_t>(sideInfo.mainDataBegin);

@@ -70,6 +70,22 @@ the module delivers; what lies before sample 0 is left out there.
 
 )";
 
+inline constexpr const char* kWaveformFooter =
+    R"(Each column shows the lowest and the highest of its samples and, darker, their RMS. A mark at the
+edge stands where samples are at full scale, which clipped sound is; their number is in the legend.
+SAMPLES and TIME are as in decode.
+
+--bitrate adds a lane with the bit rate: a line for the mean of a column's frames, behind it the
+lowest to the highest. --frames adds two for Layer III: the shares of long, start, short, stop and
+mixed blocks among the granules of both channels, and how many bytes from before a frame hold main
+data of it (the reservoir).
+
+Without -o the output is FILE's name with the extension .png (.svg with --format svg) in the
+current folder. It gets its name only when it is complete. Without --format the extension of OUT
+decides. Without --height the picture is 480 pixels high, and 80 more for each lane.
+
+)";
+
 inline constexpr const char* kSelftestFooter =
     R"(Loads the module, the one beside this program or that of --module, and walks through all that a
 host may do with it: identity records, names of files, calls in every order, PCM of built-in streams,

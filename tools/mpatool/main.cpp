@@ -8,6 +8,7 @@
 #include "mpatool/slices_command.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
+#include "mpatool/waveform_command.h"
 #include "os/console.h"
 
 #include <new>
@@ -35,6 +36,10 @@ struct CommandRunner {
     int operator()(const CheckOptions& options) const { return RunCheck(options); }
     int operator()(const FramesOptions& options) const {
         RunFrames(options);
+        return kExitSuccess;
+    }
+    int operator()(const WaveformOptions& options) const {
+        RunWaveform(options);
         return kExitSuccess;
     }
     int operator()(const SelftestOptions& options) const { return RunSelftest(options); }

@@ -15,30 +15,10 @@ namespace {
 
 constexpr std::wstring_view kStandardOutput = L"-";
 
-/// What stands behind the last separator. A slash separates on every system.
-std::wstring FileName(const std::wstring& path) {
-    const std::size_t separator = path.find_last_of(std::wstring(L"/") + os::kPathSeparator);
-    return separator == std::wstring::npos ? path : path.substr(separator + 1);
-}
-
 /// The place of the dot before the extension, or the end of the name. A dot at its start begins no extension.
 std::size_t ExtensionStart(const std::wstring& name) {
     const std::size_t dot = name.rfind(L'.');
     return dot == std::wstring::npos || dot == 0 ? name.size() : dot;
-}
-
-std::wstring LowerExtension(const std::wstring& path) {
-    const std::wstring name = FileName(path);
-    std::wstring extension = name.substr(ExtensionStart(name));
-    std::ranges::transform(extension, extension.begin(), [](wchar_t c) {
-        return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
-    });
-    return extension;
-}
-
-std::wstring DefaultOutput(const std::wstring& input, OutputFormat format) {
-    const std::wstring name = FileName(input);
-    return name.substr(0, ExtensionStart(name)) + (format == OutputFormat::kWave ? L".wav" : L".raw");
 }
 
 OutputFormat FormatByName(const std::wstring& path) {
@@ -55,10 +35,29 @@ OutputFormat FormatByName(const std::wstring& path) {
 
 } // namespace
 
+std::wstring FileName(const std::wstring& path) {
+    const std::size_t separator = path.find_last_of(std::wstring(L"/") + os::kPathSeparator);
+    return separator == std::wstring::npos ? path : path.substr(separator + 1);
+}
+
+std::wstring LowerExtension(const std::wstring& path) {
+    const std::wstring name = FileName(path);
+    std::wstring extension = name.substr(ExtensionStart(name));
+    std::ranges::transform(extension, extension.begin(), [](wchar_t c) {
+        return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
+    });
+    return extension;
+}
+
+std::wstring NamedAfter(const std::wstring& input, const wchar_t* extension) {
+    const std::wstring name = FileName(input);
+    return name.substr(0, ExtensionStart(name)) + extension;
+}
+
 OutputChoice ChooseOutput(const std::wstring& input, const OutputOptions& options) {
     if (options.path.empty()) {
         const OutputFormat format = options.format.value_or(OutputFormat::kWave);
-        return {DefaultOutput(input, format), format};
+        return {NamedAfter(input, format == OutputFormat::kWave ? L".wav" : L".raw"), format};
     }
     return {options.path, options.format ? *options.format : FormatByName(options.path)};
 }

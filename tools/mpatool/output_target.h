@@ -10,6 +10,15 @@
 
 namespace mpatool {
 
+/// What stands behind the last separator. A slash separates on every system.
+std::wstring FileName(const std::wstring& path);
+
+/// The extension of a path's last part, in lower case with its dot; empty when there is none.
+std::wstring LowerExtension(const std::wstring& path);
+
+/// The name of `input` with another extension, in the current folder.
+std::wstring NamedAfter(const std::wstring& input, const wchar_t* extension);
+
 /// The output's name and format, with the defaults for what the command line left open. Throws UsageError
 /// when the name does not tell the format.
 struct OutputChoice {

@@ -105,6 +105,25 @@ FramesOptions ToFramesOptions(const RawOptions& raw) {
     return {os::WidenUtf8(raw.file), os::WidenUtf8(raw.module), form};
 }
 
+WaveformOptions ToWaveformOptions(const RawOptions& raw) {
+    WaveformOptions options;
+    options.file = os::WidenUtf8(raw.file);
+    options.module = os::WidenUtf8(raw.module);
+    options.output = os::WidenUtf8(raw.output);
+    if (!raw.format.empty())
+        options.format = raw.format == kSvgName ? PictureFormat::kSvg : PictureFormat::kPng;
+    options.force = raw.force;
+    options.width = raw.width;
+    options.height = raw.height;
+    if (!raw.start.empty())
+        options.start = RequireLength("--start", raw.start);
+    if (!raw.length.empty())
+        options.length = RequireLength("--length", raw.length);
+    options.bitRate = raw.bitRate;
+    options.frames = raw.frames;
+    return options;
+}
+
 SelftestOptions ToSelftestOptions(const RawOptions& raw) {
     return {os::WidenUtf8(raw.module), os::WidenUtf8(raw.streams)};
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mpatool/command_line.h"
+#include "mpatool/waveform/layout.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,6 +13,8 @@ namespace mpatool {
 
 inline constexpr const char* kWaveName = "wav";
 inline constexpr const char* kRawName = "raw";
+inline constexpr const char* kSvgName = "svg";
+inline constexpr const char* kPngName = "png";
 inline constexpr const char* kBuiltInName = "builtin";
 inline constexpr const char* kExternalName = "external";
 
@@ -42,6 +45,10 @@ struct RawOptions {
     std::int64_t firstSlice = 0;
     std::optional<std::int64_t> sliceCount;
     std::string streams;
+    std::int32_t width = kUsualWidth;
+    std::optional<std::int32_t> height;
+    bool bitRate = false;
+    bool frames = false;
 };
 
 /// What the values mean. They throw UsageError for those that mean nothing.
@@ -52,5 +59,6 @@ IndexOptions ToIndexOptions(const RawOptions& raw);
 FramesOptions ToFramesOptions(const RawOptions& raw);
 SelftestOptions ToSelftestOptions(const RawOptions& raw);
 CheckOptions ToCheckOptions(const RawOptions& raw);
+WaveformOptions ToWaveformOptions(const RawOptions& raw);
 
 } // namespace mpatool
