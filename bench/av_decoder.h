@@ -1,5 +1,5 @@
 /// Whole files to interleaved 16-bit samples by libavformat, libavcodec and libswresample, on one thread, as
-/// a host without needs of its own would do it.
+/// a plain host would do it, by the fastest decoder that libavcodec has for them.
 #pragma once
 
 extern "C" {
