@@ -1,5 +1,5 @@
 /// Whole files to interleaved 16-bit samples by libavformat, libavcodec and libswresample, on one thread, as
-/// a host without needs of its own would do it.
+/// a plain host would do it, by the fastest decoder that libavcodec has for them.
 #pragma once
 
 extern "C" {
@@ -25,12 +25,12 @@ public:
         const AVCodec* codec = nullptr;
         stream_ = av_find_best_stream(format_, AVMEDIA_TYPE_AUDIO, -1, -1, &codec, 0);
         Require(stream_ >= 0, "libavformat finds no audio");
-        context_ = avcodec_alloc_context3(codec);
+        context_ = avcodec_alloc_context3(FastestFor(codec));
         Require(context_ != nullptr &&
                     avcodec_parameters_to_context(context_, format_->streams[stream_]->codecpar) >= 0,
                 "libavcodec: no context");
         context_->thread_count = 1;
-        Require(avcodec_open2(context_, codec, nullptr) == 0, "libavcodec cannot start");
+        Require(avcodec_open2(context_, nullptr, nullptr) == 0, "libavcodec cannot start");
         Require(swr_alloc_set_opts2(&converter_, &context_->ch_layout, AV_SAMPLE_FMT_S16,
                                     context_->sample_rate, &context_->ch_layout, context_->sample_fmt,
                                     context_->sample_rate, 0, nullptr) == 0 &&
@@ -61,6 +61,13 @@ private:
     static void Require(bool condition, const char* what) {
         if (!condition)
             throw std::runtime_error(what);
+    }
+
+    /// Layer II's default is the slower one, in integers.
+    static const AVCodec* FastestFor(const AVCodec* codec) {
+        const AVCodec* inFloats =
+            codec->id == AV_CODEC_ID_MP2 ? avcodec_find_decoder_by_name("mp2float") : nullptr;
+        return inFloats != nullptr ? inFloats : codec;
     }
 
     void Pass(const AVPacket* packet, std::vector<std::int16_t>& pcm) {

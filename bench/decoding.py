@@ -19,7 +19,7 @@ def in_memory(tools, work, rounds):
     yield ""
     yield f"The same files, each opened and decoded to 16-bit samples in memory within one process, {rounds} rounds in turns"
     yield "(`whole_file_bench FILE ROUNDS`): the sample reader in requests of one second, libmpg123 by `mpg123_read`,"
-    yield "libavcodec behind libavformat on one thread, its samples made 16-bit ones by libswresample. Another one begins each"
+    yield "libavcodec (Layer II: mp2float) behind libavformat on one thread, with libswresample to 16 bits. Another one begins each"
     yield "round. Processor time; a value is a sample of one channel."
     yield ""
     yield "| file | decoder | ns a value, median | spread | times as fast as the fastest peer | as libmpg123, generic |"

@@ -26,8 +26,8 @@ std::vector<std::uint8_t> FrameOfOneCode(const GroupedClass& grouped, int code) 
     test::bitstream::BitWriter bits;
     bits.Write(0xFFF580C0u, 32);
     bits.Write(grouped.allocation, 4);
-    bits.Write(0, 3 * 4 + 7 * 3);
-    bits.Write(0, 19 * 2);
+    for (const int zeros : {3 * 4, 7 * 3, 19, 19})
+        bits.Write(0, zeros);
     bits.Write(2, 2); // one scale factor
     bits.Write(3, 6); // of 1
     for (int granule = 0; granule < 12; ++granule)
