@@ -1,13 +1,12 @@
 /// Requests, slices, settings made to cost as much as they can, held to the limits of time and memory. A
 /// watch ends the program that goes beyond one.
+#include "harness/settings.h"
 #include "harness/slice_script.h"
 
 #include "fileio/buffered_file_stream.h"
 #include "fileio/file_stream.h"
-#include "os/paths.h"
 #include "reader/reader_streams.h"
 #include "reader/sample_reader.h"
-#include "support/test_files.h"
 
 #include <gtest/gtest.h>
 
@@ -133,18 +132,16 @@ TEST(WorstRequests, ABufferedStreamWithTheLargestBuffer) {
 }
 
 TEST(WorstRequests, LongSettingsFiles) {
-    const std::filesystem::path file =
-        std::filesystem::path(os::NarrowToUtf8(os::ExecutablePath())).parent_path() / "trnfsdk.ini";
     for (const Bytes& pattern : {Bytes{'a'}, Bytes{'['}, Bytes{'\n'}, Bytes{'=', '\n'}, Bytes{0xC3, 0xA4},
                                  Bytes{'[', 'C', 'O', 'D', 'E', 'C', ']', '\n'}})
         for (const Bytes& mark : {Bytes{}, Bytes{0xEF, 0xBB, 0xBF}, Bytes{0xFF, 0xFE}}) {
             const Bytes settings = test::Joined({mark, Repeated(pattern, 2 * kMiB)});
-            test::WriteFile(file, settings);
+            fuzz::WriteSettings(settings);
             Media media(test::SteadyStream(4).bytes);
             Watched("settings", {settings.size(), 0, 0}, [&] {
                 trnmpa::KwMpAudioReader2 reader;
                 EXPECT_EQ(reader.Initialize(), 1);
             });
         }
-    std::filesystem::remove(file);
+    fuzz::WriteSettings("");
 }
