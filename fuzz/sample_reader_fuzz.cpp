@@ -1,6 +1,7 @@
 /// The sample reader over media bytes and perhaps index bytes: reads, opens and closes in any order, the file
-/// cut between them.
+/// cut between them, with either decoder.
 #include "harness/sample_script.h"
+#include "harness/settings.h"
 
 #include <optional>
 
@@ -16,6 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         media.emplace(bytes, index);
     else
         media.emplace(bytes);
+    fuzz::SelectDecoder((kind & 4) != 0 ? 1 : 0);
     fuzz::SampleScript reader(*media);
     reader.Open();
     reader.Read(0, 2000);

@@ -137,6 +137,8 @@ void AddFile(Seeds& seeds, const Media& media) {
     seeds.Add("index_builder_fuzz", name, InputWriter().U8(3).Append(media.bytes).Done());
     seeds.Add("sample_reader_fuzz", name,
               InputWriter().U8(3).Part(SampleOperations()).Part(media.index).Append(media.bytes).Done());
+    seeds.Add("sample_reader_fuzz", media.name + "-external",
+              InputWriter().U8(4).Part(SampleOperations()).Append(media.bytes).Done());
     seeds.Add("slice_reader_fuzz", name,
               InputWriter().U8(1).Part(SliceOperations()).Part(media.index).Append(media.bytes).Done());
     for (const auto choice : std::initializer_list<std::uint8_t>{0, 1, 2})

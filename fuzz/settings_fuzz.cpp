@@ -1,27 +1,19 @@
 /// Any bytes as the settings file, which lies beside the program: this one must be alone in its folder.
 #include "harness/sample_script.h"
+#include "harness/settings.h"
 
-#include "fileio/buffered_file_stream.h"
-#include "os/paths.h"
 #include "os/profile.h"
 #include "plugin/module_settings.h"
 #include "reader/reader_streams.h"
-#include "support/test_files.h"
 
-#include <filesystem>
+#include <cstdint>
 
 namespace {
 
 using fuzz::Require;
 
-const std::filesystem::path& SettingsFile() {
-    static const std::filesystem::path path =
-        std::filesystem::path(os::NarrowToUtf8(os::ExecutablePath())).parent_path() / "trnfsdk.ini";
-    return path;
-}
-
 void CheckValues(std::int32_t bufferBytes) {
-    const std::wstring file = test::Wide(SettingsFile());
+    const std::wstring file = fuzz::SettingsPath();
     const int kiB = os::ReadProfileInt(file, L"FILERW", L"ReadBufSize", -1);
     constexpr std::int32_t kLargest = INT32_MAX;
     const std::int32_t expected = kiB <= 0 ? 512 * 1024 : kiB > kLargest / 1024 ? kLargest : kiB * 1024;
@@ -36,7 +28,7 @@ void CheckValues(std::int32_t bufferBytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const fuzz::Bytes stream = test::SteadyStream(4).bytes;
-    test::WriteFile(SettingsFile(), {data, size});
+    fuzz::WriteSettings(fuzz::View(data, size));
     const fuzz::Work work{size, 0, 0};
     CheckValues(fuzz::Watched("ReadModuleSettings", work, [] { return trnmpa::ReadModuleSettings(); }));
 

@@ -1,6 +1,7 @@
 /// Inputs made to cost as much as they can, held to the limits of time and memory. A watch ends the program
 /// that goes beyond one.
 #include "harness/sample_script.h"
+#include "harness/settings.h"
 #include "harness/slice_script.h"
 
 #include "index/index_format.h"
@@ -82,36 +83,41 @@ Bytes OneByteFrames(std::size_t frames) {
     return Repeated(frame, frames * frame.size());
 }
 
+class WorstCases : public testing::Test {
+protected:
+    void TearDown() override { fuzz::PrintLimitsMet(); }
+};
+
 } // namespace
 
 // Each of them is compared with the header behind its frame, which lies between two others.
-TEST(WorstCases, LayerTwoHeadersThatNothingConfirms) {
+TEST_F(WorstCases, LayerTwoHeadersThatNothingConfirms) {
     GoThrough(Repeated(Bytes{0xFF, 0xFD, 0x12, 0x00}, 8 * kMiB));
     GoThrough(Repeated(Bytes{0xFF, 0xFD, 0xE6, 0x00}, 8 * kMiB));
     GoThrough(Repeated(Bytes{0xFF, 0xF5, 0xE6, 0xC0, 0x00}, 8 * kMiB));
 }
 
-TEST(WorstCases, LayerThreeHeadersWithoutFrames) {
+TEST_F(WorstCases, LayerThreeHeadersWithoutFrames) {
     GoThrough(Repeated(Bytes{0xFF, 0xFB, 0x90, 0x00}, 8 * kMiB));
     GoThrough(Repeated(Bytes{0xFF, 0xFA, 0x14, 0xC0}, 8 * kMiB));
     GoThrough(Repeated(Bytes{0xFF, 0xE3, 0x18, 0x04}, 4 * kMiB));
 }
 
 // The decoder reads each of them, and each is passed over.
-TEST(WorstCases, HeadersOfAnotherFormatBehindOneFrame) {
+TEST_F(WorstCases, HeadersOfAnotherFormatBehindOneFrame) {
     GoThrough(test::Joined({test::SteadyStream(3).bytes, Repeated(Bytes{0xFF, 0xFB, 0x90, 0xC0}, 8 * kMiB)}));
     GoThrough(test::Joined({test::Layer2Stream(3).bytes, Repeated(Bytes{0xFF, 0xFD, 0xA4, 0xC0}, 8 * kMiB)}));
 }
 
 // Candidates of every step, none of which is a header.
-TEST(WorstCases, BytesThatAlmostAreHeaders) {
+TEST_F(WorstCases, BytesThatAlmostAreHeaders) {
     const Bytes stream = test::SteadyStream(2).bytes;
     for (const Bytes& pattern :
          {Bytes{0xFF}, Bytes{0xFF, 0xF0}, Bytes{0, 0xFF}, Bytes{0xFF, 0xFB, 0xFF, 0xFF}})
         GoThrough(test::Joined({stream, Repeated(pattern, 4 * kMiB), stream}));
 }
 
-TEST(WorstCases, TagsBehindTags) {
+TEST_F(WorstCases, TagsBehindTags) {
     const Bytes empty = {'I', 'D', '3', 3, 0, 0, 0, 0, 0, 0};
     GoThrough(Repeated(empty, 4 * kMiB));
     Bytes whole = empty;
@@ -123,7 +129,7 @@ TEST(WorstCases, TagsBehindTags) {
 }
 
 // The reservoir is filled from hundreds of frames before each jump's target.
-TEST(WorstCases, FramesWithOneByteOfMainData) {
+TEST_F(WorstCases, FramesWithOneByteOfMainData) {
     GoThrough(OneByteFrames(100'000));
     Media media(OneByteFrames(100'000));
     BuildIndex(media);
@@ -133,7 +139,25 @@ TEST(WorstCases, FramesWithOneByteOfMainData) {
         samples.Read(frame * 576, 10);
 }
 
-TEST(WorstCases, AnIndexThatClaimsTheAbsurd) {
+// It tries again where a frame does not come, each time with the frames before it.
+TEST_F(WorstCases, TheExternalDecoderOnFilesWithoutFrames) {
+    fuzz::SelectDecoder(1);
+    const Bytes stream = test::SteadyStream(3).bytes;
+    for (const Bytes& bytes :
+         {Repeated(Bytes{0xFF, 0xFD, 0x12, 0x00}, 4 * kMiB),
+          Repeated(Bytes{0xFF, 0xFB, 0x90, 0x00}, 4 * kMiB),
+          test::Joined({stream, Repeated(Bytes{0xFF, 0xFB, 0x90, 0xC0}, 4 * kMiB)}),
+          test::Joined({stream, Repeated(Bytes{0xFF}, 4 * kMiB), stream}),
+          Repeated(Bytes{'I', 'D', '3', 3, 0, 0, 0, 0, 0, 0}, 4 * kMiB), OneByteFrames(50'000)}) {
+        Media media(bytes);
+        ReadAround(media);
+        BuildIndex(media);
+        ReadAround(media);
+    }
+    fuzz::SelectDecoder(0);
+}
+
+TEST_F(WorstCases, AnIndexThatClaimsTheAbsurd) {
     constexpr std::uint32_t kNumbers[] = {0, 1, 39, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
     const auto stream = test::SteadyStream(20);
     for (const std::uint32_t number : kNumbers)
@@ -156,7 +180,7 @@ TEST(WorstCases, AnIndexThatClaimsTheAbsurd) {
         }
 }
 
-TEST(WorstCases, AnIndexOfAMillionEntries) {
+TEST_F(WorstCases, AnIndexOfAMillionEntries) {
     const auto stream = test::SteadyStream(20);
     test::Index index = test::IndexOf(stream);
     index.entries.resize(1'000'000, {0, 39});

@@ -1,13 +1,12 @@
 /// Requests, slices, settings made to cost as much as they can, held to the limits of time and memory. A
 /// watch ends the program that goes beyond one.
+#include "harness/settings.h"
 #include "harness/slice_script.h"
 
 #include "fileio/buffered_file_stream.h"
 #include "fileio/file_stream.h"
-#include "os/paths.h"
 #include "reader/reader_streams.h"
 #include "reader/sample_reader.h"
-#include "support/test_files.h"
 
 #include <gtest/gtest.h>
 
@@ -22,10 +21,15 @@ using fuzz::Watched;
 
 constexpr std::size_t kMiB = std::size_t{1} << 20;
 
+class WorstRequests : public testing::Test {
+protected:
+    void TearDown() override { fuzz::PrintLimitsMet(); }
+};
+
 } // namespace
 
 // As much as a request may be. What the file does not have costs no time.
-TEST(WorstRequests, RequestsOfNearlyTwoGiB) {
+TEST_F(WorstRequests, RequestsOfNearlyTwoGiB) {
     const Media media(test::SteadyStream(20).bytes);
     trnmpa::KwMpAudioReader2 reader;
     KW_MEDIA_BASE_INFO_ST info;
@@ -85,27 +89,27 @@ void ReadSlices(std::int64_t seconds, WAVEFORMATEX output, bool fits) {
 } // namespace
 
 // Of a slice only the result itself grows with its length.
-TEST(WorstRequests, LongSlices) {
+TEST_F(WorstRequests, LongSlices) {
     ReadSlices(20, {}, true);
     ReadSlices(20, Pcm(48000, 1, 8), true);
     ReadSlices(10, Pcm(44100, 2, 16), true);
     ReadSlices(1, Pcm(192'000, 2, 32), true);
 }
 
-TEST(WorstRequests, SlicesThatTheFileCannotFill) {
+TEST_F(WorstRequests, SlicesThatTheFileCannotFill) {
     ReadSlices(11'000, {}, false);
     ReadSlices(5000, Pcm(48000, 2, 32), false);
     ReadSlices(3600, Pcm(44100, 1, 16), false);
 }
 
-TEST(WorstRequests, ShortSlicesAtTheLowestRate) {
+TEST_F(WorstRequests, ShortSlicesAtTheLowestRate) {
     Media media(test::SteadyStream(60).bytes);
     fuzz::Bytes script;
     for (int i = 0; i < 20; ++i)
         script.insert(script.end(), {15, 8, static_cast<std::uint8_t>(i)});
-    // 1 ms, and a rate 256 times lower.
+    // 1 ms, and 200 Hz.
     fuzz::InputWriter settings;
-    settings.U8(3).U8(1).U8(4).U8(0x10).U8(1).U8(7).Append(script);
+    settings.U8(3).U8(1).U8(4).U8(0x10).U8(1).U8(8).Append(script);
     fuzz::Input input(settings.Done());
     fuzz::SliceScript slices(media);
     slices.Open();
@@ -114,7 +118,7 @@ TEST(WorstRequests, ShortSlicesAtTheLowestRate) {
 }
 
 // The buffer that a setting asks for costs nothing where no file fills it.
-TEST(WorstRequests, ABufferedStreamWithTheLargestBuffer) {
+TEST_F(WorstRequests, ABufferedStreamWithTheLargestBuffer) {
     const Media media(Bytes(100'000, 7));
     trnmpa::CFileStream file;
     file.AddRef();
@@ -132,19 +136,17 @@ TEST(WorstRequests, ABufferedStreamWithTheLargestBuffer) {
     });
 }
 
-TEST(WorstRequests, LongSettingsFiles) {
-    const std::filesystem::path file =
-        std::filesystem::path(os::NarrowToUtf8(os::ExecutablePath())).parent_path() / "trnfsdk.ini";
+TEST_F(WorstRequests, LongSettingsFiles) {
     for (const Bytes& pattern : {Bytes{'a'}, Bytes{'['}, Bytes{'\n'}, Bytes{'=', '\n'}, Bytes{0xC3, 0xA4},
                                  Bytes{'[', 'C', 'O', 'D', 'E', 'C', ']', '\n'}})
         for (const Bytes& mark : {Bytes{}, Bytes{0xEF, 0xBB, 0xBF}, Bytes{0xFF, 0xFE}}) {
             const Bytes settings = test::Joined({mark, Repeated(pattern, 2 * kMiB)});
-            test::WriteFile(file, settings);
+            fuzz::WriteSettings(settings);
             Media media(test::SteadyStream(4).bytes);
             Watched("settings", {settings.size(), 0, 0}, [&] {
                 trnmpa::KwMpAudioReader2 reader;
                 EXPECT_EQ(reader.Initialize(), 1);
             });
         }
-    std::filesystem::remove(file);
+    fuzz::WriteSettings("");
 }

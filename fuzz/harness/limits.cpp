@@ -69,6 +69,8 @@ void PrintLimitsMet() {
                 100 * slowest.share);
     std::printf("nearest to its memory limit: %s, %.0f bytes (%.1f %%)\n", largest.name, largest.value,
                 100 * largest.share);
+    slowest = {};
+    largest = {};
 }
 
 } // namespace fuzz

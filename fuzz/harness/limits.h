@@ -44,7 +44,7 @@ auto Watched(const char* name, const Work& work, Operation&& operation) {
     return std::forward<Operation>(operation)();
 }
 
-/// Prints the largest share of its limits that an operation came to.
+/// Prints the largest share of its limits that an operation came to, and begins afresh.
 void PrintLimitsMet();
 
 } // namespace fuzz

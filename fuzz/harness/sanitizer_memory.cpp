@@ -2,9 +2,14 @@
 // around them.
 #include "reader/counted_memory.h"
 
-#include <sanitizer/allocator_interface.h>
-
 #include <atomic>
+
+// As the sanitizers' allocator_interface.h has them, which GCC does not install.
+extern "C" {
+int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
+                                              void (*onFree)(const volatile void*));
+std::size_t __sanitizer_get_allocated_size(const volatile void* block);
+}
 
 namespace {
 

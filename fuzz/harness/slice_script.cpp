@@ -45,7 +45,7 @@ void SliceScript::Read() {
     std::int32_t length = -1;
     WAVEFORMATEX format = {};
     std::int32_t atEnd = -1;
-    const std::int32_t result = Watched("ReadFrame", media_.WorkFor(),
+    const std::int32_t result = Watched("ReadFrame", media_.WorkFor(LargestSlice()),
                                         [&] { return reader_.ReadFrame(&data, length, &format, atEnd); });
     Require(IsTruth(result) && IsTruth(atEnd), "ReadFrame");
     Require(length >= 0 && (length == 0 || data != nullptr), "a slice without PCM");
