@@ -3,6 +3,7 @@
 option(TRN_BUILD_BENCHMARKS "Build the programs under bench/" OFF)
 option(TRN_WITH_EXTERNAL_DECODER "Build the decoder over libmpg123 that a setting can choose" ON)
 option(TRN_FUZZ "Build the fuzzing targets with their engine (Clang)" OFF)
+option(TRN_HARDEN "Build with the checks and the address layout that docs/robustness.md names" ON)
 set(TRN_SANITIZE "" CACHE STRING "Value of -fsanitize= for every target (empty: none)")
 
 set(CMAKE_CXX_STANDARD 20)
@@ -41,6 +42,8 @@ if(WIN32)
         target_link_options(trn_options INTERFACE -static)
     endif()
 endif()
+
+include(Hardening)
 
 if(TRN_SANITIZE)
     target_compile_options(trn_options INTERFACE
