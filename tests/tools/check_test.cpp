@@ -171,6 +171,11 @@ TEST_F(CheckTest, TagsAreNoDamage) {
         << "the decoder takes the tag for the rest";
 }
 
+TEST_F(CheckTest, ATagBetweenFramesIsJunk) {
+    const std::string text = Check(Joined({clean_, Text("TAG", 128), clean_}), kDamaged);
+    EXPECT_THAT(text, HasSubstr("junk: 128 bytes, which begin like an ID3v1 tag\n"));
+}
+
 TEST_F(CheckTest, TheIndexBesideAFileIsComparedAndLeftAlone) {
     Add("a.mp3", clean_);
     Add("a.mp3.idx", test::IndexOfSilence(20));
