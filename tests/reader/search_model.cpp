@@ -55,9 +55,8 @@ std::optional<std::size_t> NextHeader(const Bytes& file, std::size_t from) {
 
 /// The analysis measures Layer II at the lower sampling frequencies at half its length.
 std::size_t AnalysisLength(const model::Header& header) {
-    const int padding = header.padding ? 1 : 0;
-    return static_cast<std::size_t>(header.kbps * (header.lsf ? 72000 : 144000) / header.sampleRate +
-                                    padding);
+    const int length = header.kbps * (header.lsf ? 72000 : 144000) / header.sampleRate;
+    return static_cast<std::size_t>(length) + (header.padding ? 1 : 0);
 }
 
 std::optional<std::size_t> FirstFrame(const Bytes& file, std::size_t from) {
@@ -78,8 +77,8 @@ std::optional<std::size_t> FirstFrame(const Bytes& file, std::size_t from) {
 }
 
 std::size_t HeadBytes(const model::Header& header) {
-    const int sideInfo = header.layer == 3 ? header.SideInfoBytes() : 0;
-    return static_cast<std::size_t>(4 + (header.crc ? 2 : 0) + sideInfo);
+    const std::size_t head = header.crc ? 6 : 4;
+    return header.layer == 3 ? head + static_cast<std::size_t>(header.SideInfoBytes()) : head;
 }
 
 bool SaysInfo(const Bytes& file, std::size_t frame, std::size_t length) {

@@ -6,6 +6,9 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <thread>
 
 namespace {
 
@@ -171,6 +174,11 @@ TEST_F(CheckTest, TagsAreNoDamage) {
         << "the decoder takes the tag for the rest";
 }
 
+TEST_F(CheckTest, ATagBetweenFramesIsJunk) {
+    const std::string text = Check(Joined({clean_, Text("TAG", 128), clean_}), kDamaged);
+    EXPECT_THAT(text, HasSubstr("junk: 128 bytes, which begin like an ID3v1 tag\n"));
+}
+
 TEST_F(CheckTest, TheIndexBesideAFileIsComparedAndLeftAlone) {
     Add("a.mp3", clean_);
     Add("a.mp3.idx", test::IndexOfSilence(20));
@@ -258,6 +266,21 @@ TEST_F(CheckTest, JsonForm) {
     EXPECT_EQ(findings.at(1).at("kind"), "trailing-tag");
     EXPECT_EQ(findings.at(1).at("damage"), false);
     EXPECT_EQ(findings.at(1).at("offset"), 8440);
+}
+
+// One search passes over all the zeros.
+TEST_F(CheckTest, AnInterruptEndsALongSearch) {
+    Add("a.mp3", clean_);
+    std::filesystem::resize_file(InFolder("a.mp3"), std::uintmax_t{1} << 32);
+    test::RunningProcess process(test::ToolPath(), {"check", "a.mp3"}, Folder());
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    const auto asked = std::chrono::steady_clock::now();
+    if (!process.Interrupt())
+        GTEST_SKIP() << "no console to send the interrupt through";
+    const ProcessResult result = process.Finish();
+    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_THAT(result.output, IsEmpty());
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::seconds(5));
 }
 
 TEST_F(CheckTest, HelpTellsTheStatusOfDamage) {

@@ -208,7 +208,7 @@ TEST_F(CheckTruth, BitsThatTheCrcProtectsFailItAndOthersDoNot) {
         EXPECT_TRUE(fails(6, 7)) << "the first bit behind the CRC word";
         EXPECT_FALSE(fails(static_cast<std::size_t>(frame.length) - 1, 0)) << "the last of all";
         if (frame.header.layer == 3) {
-            const auto end = static_cast<std::size_t>(6 + frame.header.SideInfoBytes());
+            const std::size_t end = 6 + static_cast<std::size_t>(frame.header.SideInfoBytes());
             EXPECT_TRUE(fails(end - 1, 0));
             EXPECT_FALSE(fails(end, 7));
         }

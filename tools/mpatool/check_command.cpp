@@ -2,6 +2,7 @@
 
 #include "mpatool/check_report.h"
 #include "mpatool/module_host.h"
+#include "mpatool/module_place.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "os/console.h"
@@ -18,7 +19,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 /// Has the module decode all of the file and adds where it fails.
-void CheckDecode(ModuleHost& host, const std::wstring& file, StreamCheckResult& result) {
+void CheckDecode(ModuleHost& host, Decoder decoder, const std::wstring& file, StreamCheckResult& result) {
     constexpr std::int64_t kSamplesAtOnce = 65536;
     if (!result.opens && !result.hasIndex)
         return;
@@ -26,6 +27,10 @@ void CheckDecode(ModuleHost& host, const std::wstring& file, StreamCheckResult& 
                                 result.format.firstFrameOffset, 0);
     ModuleReader reader = host.CreateReader(file);
     if (reader.Open(file, TRN_OPEN_SAMPLE_READER) != 1) {
+        // That may as well be the decoder's fault.
+        if (decoder == Decoder::kExternal)
+            throw ToolError(
+                file, "the module does not open it with the external decoder, which its settings choose");
         finding.detail = "the module does not open it for reading";
         result.findings.Add(finding);
         return;
@@ -48,6 +53,7 @@ void CheckDecode(ModuleHost& host, const std::wstring& file, StreamCheckResult& 
 template <typename Show, typename Fail>
 int ForEachFile(const CheckOptions& options, Show show, Fail fail) {
     ModuleHost host(options.module);
+    const Decoder decoder = DecoderBySettings(options.module);
     bool isDamaged = false;
     bool hasFailed = false;
     for (const std::wstring& file : options.files) {
@@ -55,7 +61,7 @@ int ForEachFile(const CheckOptions& options, Show show, Fail fail) {
             throw Interrupted();
         try {
             StreamCheckResult result = CheckStream(file);
-            CheckDecode(host, file, result);
+            CheckDecode(host, decoder, file, result);
             isDamaged |= result.findings.HasDamage();
             show(file, result);
         } catch (const ToolError& error) {

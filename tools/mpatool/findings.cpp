@@ -93,7 +93,8 @@ std::string FindingText(const Finding& finding) {
         return finding.detail + ", " + CountOf(finding.bytes, "byte");
     case FindingKind::kJunk:
         return name + ": " + CountOf(finding.bytes, "byte") +
-               (finding.places > 1 ? " in " + CountOf(finding.places, "place") + UpTo(finding) : "");
+               (finding.places > 1 ? " in " + CountOf(finding.places, "place") + UpTo(finding)
+                                   : finding.detail);
     case FindingKind::kFramesInTag:
         return name + ": " + CountOf(finding.frames, "frame") + " taken from a tag's bytes";
     case FindingKind::kFormatChange:

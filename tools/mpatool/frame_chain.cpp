@@ -1,8 +1,6 @@
 #include "mpatool/frame_chain.h"
 
 #include "mpa/frame_walk.h"
-#include "mpatool/tool_error.h"
-#include "os/console.h"
 
 #include <algorithm>
 
@@ -57,11 +55,9 @@ FrameChain Follow(SourceWindow& window, const MpaFrameHeader& first, std::int64_
 
 /// The place of the next byte 0xFF before `end`, or `end`.
 std::int64_t NextFF(SourceWindow& window, std::int64_t offset, std::int64_t end) {
-    constexpr std::size_t kBytesBetweenQuestions = 4096;
+    constexpr std::size_t kBytesAtOnce = 4096;
     while (offset < end) {
-        if (os::InterruptRequested())
-            throw Interrupted();
-        const auto bytes = window.At(offset, kBytesBetweenQuestions);
+        const auto bytes = window.At(offset, kBytesAtOnce);
         const auto found = std::ranges::find(bytes, 0xFF);
         offset += found - bytes.begin();
         if (found != bytes.end() || bytes.empty())

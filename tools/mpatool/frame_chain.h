@@ -28,7 +28,7 @@ struct FrameChain {
 };
 
 /// The first chain from `begin` on that lies before `end` as a whole and is no accident: it has two frames or
-/// more, or its one frame ends at `end`. With `least` it must have so many, or end there. Throws Interrupted.
+/// more, or its one frame ends at `end`. With `least` it must have so many, or end there.
 std::optional<FrameChain> FindChain(trnmpa::SourceWindow& window, std::int64_t begin, std::int64_t end,
                                     std::int64_t least = 2);
 

@@ -3,7 +3,30 @@
 #include "mpa/frame_walk.h"
 #include "mpatool/count_text.h"
 
+#include <algorithm>
+#include <string>
+#include <string_view>
+
 namespace mpatool {
+
+namespace {
+
+/// Files that were joined with their tags have these between frames.
+std::string TagText(trnmpa::SourceWindow& window, std::int64_t offset) {
+    constexpr struct {
+        std::string_view mark;
+        const char* name;
+    } kTags[] = {
+        {"ID3", "an ID3v2"}, {"TAG", "an ID3v1"}, {"APETAGEX", "an APE"}, {"LYRICSBEGIN", "a Lyrics3"}};
+    for (const auto& tag : kTags) {
+        const auto bytes = window.At(offset, tag.mark.size());
+        if (std::equal(bytes.begin(), bytes.end(), tag.mark.begin(), tag.mark.end()))
+            return std::string(", which begin like ") + tag.name + " tag";
+    }
+    return {};
+}
+
+} // namespace
 
 void GapCheck::Look(const std::optional<trnmpa::MpaFrameHeader>& last, std::int64_t from, std::int64_t to) {
     if (from >= to)
@@ -47,6 +70,7 @@ void GapCheck::AddJunk(std::int64_t from, std::int64_t to) {
         return;
     Finding finding = result_.At(FindingKind::kJunk, from, to);
     finding.bytes = to - from;
+    finding.detail = TagText(window_, from);
     result_.findings.Add(finding);
 }
 

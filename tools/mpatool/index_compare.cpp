@@ -8,8 +8,10 @@ namespace mpatool {
 IndexCompare::IndexCompare(const std::wstring& path) : scan_(media_) {
     if (media_.Open(path) != 1)
         throw ToolError(path, "cannot be opened");
+    // What an index can say of a place.
+    constexpr std::int64_t kIndexedBytes = std::int64_t{1} << 32;
     trnmpa::MpaIndexHeader format;
-    hasIndex_ = scan_.Start(format);
+    hasIndex_ = media_.GetLength() < kIndexedBytes && scan_.Start(format);
     if (hasIndex_)
         Advance();
     begin_ = next_ ? next_->frameOffset : media_.GetLength();

@@ -11,8 +11,8 @@
 #include "mpatool/gap_check.h"
 #include "mpatool/index_compare.h"
 #include "mpatool/index_verify.h"
+#include "mpatool/interruptible_source.h"
 #include "mpatool/tool_error.h"
-#include "os/console.h"
 #include "trcommontoolsr/file_access.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ using trnmpa::WalkedFrame;
 class Checker {
 public:
     explicit Checker(const std::wstring& path)
-        : path_(path), source_(file_), window_(source_), gaps_(window_, result_) {}
+        : path_(path), fileSource_(file_), source_(fileSource_), window_(source_), gaps_(window_, result_) {}
 
     StreamCheckResult Run() {
         RequireReadable(path_);
@@ -104,8 +104,6 @@ private:
         trnmpa::FrameWalk walk(source_, position_, result_.format);
         compare_.emplace(path_);
         while (const auto frame = walk.Next()) {
-            if (os::InterruptRequested())
-                throw Interrupted();
             compare_->AddDelivered(frame->offset);
             const bool isInTag = frame->offset < begin_ || frame->offset >= end_;
             if (isInTag)
@@ -193,7 +191,8 @@ private:
     const std::wstring path_;
     StreamCheckResult result_;
     TRCT_FileAccess file_;
-    trnmpa::FileAccessHeaderSource source_;
+    trnmpa::FileAccessHeaderSource fileSource_;
+    InterruptibleSource source_;
     trnmpa::SourceWindow window_;
     GapCheck gaps_;
     FrameCheck frameCheck_;

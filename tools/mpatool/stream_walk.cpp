@@ -6,7 +6,7 @@
 
 namespace mpatool {
 
-StreamWalk::StreamWalk(const std::wstring& path) : source_(file_) {
+StreamWalk::StreamWalk(const std::wstring& path) : fileSource_(file_), source_(fileSource_) {
     RequireReadable(path);
     if (file_.OpenFile(path.c_str(), TRCT_OPEN_FOR_READING) != 1)
         throw ToolError(path, "cannot be opened");

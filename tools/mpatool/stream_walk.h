@@ -5,6 +5,7 @@
 #include "mpa/frame_walk.h"
 #include "mpatool/decoder.h"
 #include "mpatool/index_file.h"
+#include "mpatool/interruptible_source.h"
 #include "trcommontoolsr/file_access.h"
 
 #include <cstdint>
@@ -41,7 +42,8 @@ private:
     void StartAtAudio(const std::wstring& path);
 
     TRCT_FileAccess file_;
-    trnmpa::FileAccessHeaderSource source_;
+    trnmpa::FileAccessHeaderSource fileSource_;
+    InterruptibleSource source_;
     std::optional<IndexFile> index_;
     std::optional<trnmpa::FrameWalk> walk_;
     bool hasInfoFrame_ = false;
