@@ -144,7 +144,7 @@ typedef struct trnmpa_read_result {
 /// touches the end.) `end` is known when the read began in the stream, at its start, or where the read before
 /// ended. With the external decoder the end is where it gives no more.
 ///
-/// After a failure what is in the buffer means nothing, and `result` tells how many samples came before it.
+/// After a failure what is in the buffer means nothing.
 TRN_EXPORT trnmpa_result trnmpa_reader_read(trnmpa_reader* reader, int64_t start, uint32_t count,
                                             void* buffer, uint64_t buffer_bytes,
                                             trnmpa_read_result* result) TRNMPA_NOEXCEPT;

@@ -25,7 +25,6 @@ public:
     }
 
     std::uint8_t* Data() { return bytes_.get(); }
-    const std::uint8_t* Data() const { return bytes_.get(); }
 
 private:
     std::unique_ptr<std::uint8_t[]> bytes_;
