@@ -23,6 +23,8 @@
 /// anything but zeros there with TRNMPA_ERROR_UNSUPPORTED.
 #pragma once
 
+// NOLINTBEGIN(modernize-deprecated-headers,modernize-use-using): C programs include it as well
+
 #include "trnmpafileread/export.h"
 
 #include <stdint.h>
@@ -226,3 +228,5 @@ TRN_EXPORT trnmpa_result trnmpa_index_build_utf16(const uint16_t* path, trnmpa_p
 #ifdef __cplusplus
 }
 #endif
+
+// NOLINTEND(modernize-deprecated-headers,modernize-use-using)
