@@ -67,8 +67,7 @@ trnmpa_result WriteIndex(const std::wstring& media, const std::wstring& index,
     trnmpa::KwMpaFileIndexWriter builder;
     builder.Initialize();
     builder.SetWatcher(std::move(watcher));
-    builder.SetIndexPath(index);
-    if (builder.SetInputFile(media) != 1 || builder.CreateFileIndex() != 1)
+    if (builder.SetInputFile(media, index) != 1 || builder.CreateFileIndex() != 1)
         return TRNMPA_ERROR_INDEX_WRITE;
     return ResultOf(builder);
 }

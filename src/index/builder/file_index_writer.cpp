@@ -30,13 +30,18 @@ std::int32_t KwMpaFileIndexWriter::Initialize() {
 }
 
 std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath) {
+    return SetInputFile(mediaPath, IndexPathFor(mediaPath));
+}
+
+std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath,
+                                                const std::wstring& indexPath) {
     if (media_ == nullptr)
         return 0;
     scan_.reset();
     indexPath_ = mediaPath;
     if (!OpenMedia(mediaPath))
         return 0;
-    indexPath_ = otherIndexPath_.empty() ? IndexPathFor(mediaPath) : otherIndexPath_;
+    indexPath_ = indexPath;
     if (!OpenIndex())
         return 0;
     header_.mediaFileSize = static_cast<std::uint32_t>(media_->GetLength());

@@ -40,9 +40,8 @@ public:
     /// The header is zeroed by Initialize alone: a second file opened on one engine starts with the first
     /// one's header and counts on from it.
     std::int32_t SetInputFile(const std::wstring& mediaPath);
-
-    /// Has the next SetInputFile put the index elsewhere than beside the media file; empty for there again.
-    void SetIndexPath(const std::wstring& path) { otherIndexPath_ = path; }
+    /// The same with an index of another name.
+    std::int32_t SetInputFile(const std::wstring& mediaPath, const std::wstring& indexPath);
 
     /// Has the next scans report: at the beginning, after every kFramesPerReport frames and at the end, on
     /// the thread that scans. False cancels.
@@ -70,7 +69,6 @@ private:
     void Fail();
 
     std::wstring indexPath_;
-    std::wstring otherIndexPath_;
     Watcher watcher_;
     ScanGate gate_;
     std::atomic<std::uint32_t> percent_ = 0;
