@@ -23,6 +23,8 @@
 /// anything but zeros there with TRNMPA_ERROR_UNSUPPORTED.
 #pragma once
 
+// NOLINTBEGIN(modernize-deprecated-headers,modernize-use-using): C programs include it as well
+
 #include "trnmpafileread/export.h"
 
 #include <stdint.h>
@@ -144,7 +146,7 @@ typedef struct trnmpa_read_result {
 /// touches the end.) `end` is known when the read began in the stream, at its start, or where the read before
 /// ended. With the external decoder the end is where it gives no more.
 ///
-/// After a failure what is in the buffer means nothing, and `result` tells how many samples came before it.
+/// After a failure what is in the buffer means nothing.
 TRN_EXPORT trnmpa_result trnmpa_reader_read(trnmpa_reader* reader, int64_t start, uint32_t count,
                                             void* buffer, uint64_t buffer_bytes,
                                             trnmpa_read_result* result) TRNMPA_NOEXCEPT;
@@ -226,3 +228,5 @@ TRN_EXPORT trnmpa_result trnmpa_index_build_utf16(const uint16_t* path, trnmpa_p
 #ifdef __cplusplus
 }
 #endif
+
+// NOLINTEND(modernize-deprecated-headers,modernize-use-using)

@@ -9,7 +9,6 @@
 #include "reader/sample_reader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <span>
 #include <string>
@@ -22,13 +21,6 @@ struct trnmpa_reader {
 };
 
 namespace {
-
-/// Large reads are done in pieces, so that the engine's buffer does not grow with them.
-constexpr std::uint32_t kPieceBytes = 256 * 1024;
-
-trnmpa_result ReadFailure(std::int32_t code) {
-    return code == trnmpa::kDecodeFailed ? TRNMPA_ERROR_DECODE : TRNMPA_ERROR_UNEXPECTED;
-}
 
 trnmpa_result OpenFailure(std::int32_t code, const std::wstring& path) {
     const std::int32_t decoder = trnmpa::Mp3DecoderUse();
@@ -77,51 +69,25 @@ trnmpa_result Open(const Unit* path, trnmpa_reader** reader) {
     return TRNMPA_OK;
 }
 
-/// The next piece of a read, as far as the stream goes.
-std::int32_t ReadPiece(trnmpa::KwMpAudioReader2& engine, std::int64_t start, std::uint32_t count,
-                       std::span<std::uint8_t> pcm) {
-    AudioReaderDataIn request;
-    request.startSample = start;
-    request.sampleCount = count;
-    unsigned char* unused = nullptr;
-    std::int32_t bytes = 0;
-    const std::int32_t code = engine.GetSamples(request, unused, bytes, nullptr);
-    if (code == trnmpa::kSuccess)
-        std::ranges::copy(engine.DecodedPcm(), pcm.begin());
-    return code;
-}
-
-/// `pcm` has room for `count` samples.
-trnmpa_result ReadPieces(trnmpa_reader& reader, std::int64_t start, std::uint32_t count,
-                         std::span<std::uint8_t> pcm, trnmpa_read_result& result) {
+/// Whole samples to all of `pcm`.
+trnmpa_result Read(trnmpa_reader& reader, std::int64_t start, std::span<std::uint8_t> pcm,
+                   trnmpa_read_result& result) {
     const std::uint32_t block = reader.info.block_bytes;
-    const std::uint32_t piece = block != 0 ? std::max(kPieceBytes / block, 1u) : count;
-    while (result.samples < count && result.at_end == 0) {
-        const auto done = static_cast<std::uint32_t>(result.samples);
-        const std::int32_t code = ReadPiece(reader.engine, start + done, std::min(piece, count - done),
-                                            pcm.subspan(std::size_t{done} * block));
-        if (code != trnmpa::kSuccess)
-            return ReadFailure(code);
-        result.at_end = reader.engine.MetEnd() || block == 0 ? 1 : 0;
-        result.samples = block != 0 ? done + (result.at_end != 0 ? reader.engine.DecodedPcm().size() / block
-                                                                 : std::min(piece, count - done))
-                                    : 0;
-    }
-    return TRNMPA_OK;
-}
-
-trnmpa_result Read(trnmpa_reader& reader, std::int64_t start, std::uint32_t count,
-                   std::span<std::uint8_t> pcm, trnmpa_read_result& result) {
-    const trnmpa_result code = ReadPieces(reader, start, count, pcm, result);
-    const auto samples = static_cast<std::int64_t>(result.samples);
-    const bool beganInStream = samples > 0 || start == 0 || start == reader.readUpTo;
-    reader.readUpTo = code == TRNMPA_OK && beganInStream ? start + samples : -1;
-    if (code != TRNMPA_OK)
-        return code;
+    std::size_t bytes = 0;
+    // Samples without width, as an unfinished index has them, are none.
+    const std::int32_t code = block != 0 ? reader.engine.ReadUpToEnd(start, pcm, bytes) : trnmpa::kSuccess;
+    const bool beganInStream = bytes != 0 || start == 0 || start == reader.readUpTo;
+    reader.readUpTo = -1;
+    if (code != trnmpa::kSuccess)
+        return code == trnmpa::kDecodeFailed ? TRNMPA_ERROR_DECODE : TRNMPA_ERROR_UNEXPECTED;
+    result.samples = block != 0 ? bytes / block : 0;
+    if (beganInStream)
+        reader.readUpTo = start + static_cast<std::int64_t>(result.samples);
+    result.at_end = block == 0 || bytes < pcm.size() ? 1 : 0;
     if (result.at_end != 0)
         result.end = reader.readUpTo;
-    std::ranges::fill(pcm.subspan(result.samples * reader.info.block_bytes), std::uint8_t{0});
-    return code;
+    std::ranges::fill(pcm.subspan(result.samples * block), std::uint8_t{0});
+    return TRNMPA_OK;
 }
 
 } // namespace
@@ -150,8 +116,7 @@ trnmpa_result trnmpa_reader_read(trnmpa_reader* reader, int64_t start, uint32_t 
     const std::uint64_t bytes = std::uint64_t{count} * reader->info.block_bytes;
     const trnmpa_result code = trnmpa::Answer([&] {
         const std::span pcm(static_cast<std::uint8_t*>(buffer), static_cast<std::size_t>(bytes));
-        return bytes <= buffer_bytes ? Read(*reader, start, count, pcm, found)
-                                     : trnmpa_result{TRNMPA_ERROR_BUFFER};
+        return bytes <= buffer_bytes ? Read(*reader, start, pcm, found) : trnmpa_result{TRNMPA_ERROR_BUFFER};
     });
     trnmpa::Give(result, found);
     return code;

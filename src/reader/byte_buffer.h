@@ -40,7 +40,6 @@ public:
     }
 
     std::uint8_t* Data() { return bytes_.get(); }
-    const std::uint8_t* Data() const { return bytes_.get(); }
 
 private:
     struct GiveBack {

@@ -30,8 +30,6 @@ std::int32_t KwMpAudioReader2::GetSamples(const AudioReaderDataIn& request, unsi
                                           std::int32_t& size, unsigned long*) {
     data = nullptr;
     size = 0;
-    stream_.decodedBytes = 0;
-    stream_.metEnd = false;
     if (stream_.needsOpen)
         return kNotOpen;
     if (request.startSample < 0 || request.sampleCount == 0)
@@ -50,33 +48,67 @@ std::int32_t KwMpAudioReader2::GetSamples(const AudioReaderDataIn& request, unsi
     return result;
 }
 
-std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::size_t bytes,
-                                       unsigned char*& data) {
-    const auto position = BytePosition(request.startSample, stream_.skipSamples, stream_.format.nBlockAlign);
-    if (stream_.muted || !HasFrames() || !position)
-        return Silence(bytes, data);
-    stream_.targetFrame = *position / stream_.layout.frame.pcmBytes;
-    const std::int64_t offset = *position % stream_.layout.frame.pcmBytes;
-    std::uint8_t* pcm = pcmBufferA_.Require(bytes);
-    bool decoded = true;
+std::int32_t KwMpAudioReader2::ReadUpToEnd(std::int64_t start, std::span<std::uint8_t> pcm,
+                                           std::size_t& decodedBytes) {
+    decodedBytes = 0;
+    if (stream_.needsOpen)
+        return kNotOpen;
+    if (start < 0 || pcm.empty())
+        return kBadRequest;
+    Filled filled = Filled::kFailed;
     try {
-        if (!CanContinue(stream_.targetFrame, offset) && !Reposition(stream_.targetFrame, decoded))
-            return Silence(bytes, data);
-        decoded &= ReadSequentially(offset, pcm, bytes);
-    } catch (int code) {
+        filled = Fill(start, pcm);
+    } catch (...) {
         ForgetPosition();
-        return code == AMP_ERR_END_OF_STREAM ? Silence(bytes, data) : kUnexpectedException;
     }
-    if (!decoded) {
-        ForgetPosition();
+    if (filled == Filled::kUndecoded)
         return kDecodeFailed;
-    }
-    data = pcm;
+    if (filled == Filled::kFailed)
+        return kUnexpectedException;
+    decodedBytes = stream_.decodedBytes;
     return kSuccess;
 }
 
+std::int32_t KwMpAudioReader2::Deliver(const AudioReaderDataIn& request, std::size_t bytes,
+                                       unsigned char*& data) {
+    std::uint8_t* pcm = pcmBufferA_.Require(bytes);
+    switch (Fill(request.startSample, {pcm, bytes})) {
+    case Filled::kWhole:
+        data = pcm;
+        return kSuccess;
+    case Filled::kToTheEnd:
+        return Silence(bytes, data);
+    case Filled::kUndecoded:
+        return kDecodeFailed;
+    default:
+        return kUnexpectedException;
+    }
+}
+
+/// Fills `pcm` from sample `start` on; stream_.decodedBytes counts what has come.
+KwMpAudioReader2::Filled KwMpAudioReader2::Fill(std::int64_t start, std::span<std::uint8_t> pcm) {
+    stream_.decodedBytes = 0;
+    const auto position = BytePosition(start, stream_.skipSamples, stream_.format.nBlockAlign);
+    if (stream_.muted || !HasFrames() || !position)
+        return Filled::kToTheEnd;
+    stream_.targetFrame = *position / stream_.layout.frame.pcmBytes;
+    const std::int64_t offset = *position % stream_.layout.frame.pcmBytes;
+    bool decoded = true;
+    try {
+        if (!CanContinue(stream_.targetFrame, offset) && !Reposition(stream_.targetFrame, decoded))
+            return Filled::kToTheEnd;
+        decoded &= ReadSequentially(offset, pcm.data(), pcm.size());
+    } catch (int code) {
+        ForgetPosition();
+        return code == AMP_ERR_END_OF_STREAM ? Filled::kToTheEnd : Filled::kFailed;
+    }
+    if (decoded)
+        return Filled::kWhole;
+    ForgetPosition();
+    return Filled::kUndecoded;
+}
+
 std::int32_t KwMpAudioReader2::Silence(std::size_t bytes, unsigned char*& data) {
-    stream_.metEnd = true;
     data = pcmBufferA_.RequireZeros(std::max<std::size_t>(bytes, 1));
     return kSuccess;
 }
@@ -210,7 +242,6 @@ bool KwMpAudioReader2::ReadSequentially(std::int64_t offset, std::uint8_t* pcm, 
 /// The external decoder has given up: what is missing of the request is silence.
 void KwMpAudioReader2::Mute(std::uint8_t* pcm, std::size_t bytes) {
     std::memset(pcm, 0, bytes);
-    stream_.metEnd = true;
     ForgetPosition();
     LogDecodeError(static_cast<std::int32_t>(stream_.targetFrame));
 }

@@ -57,10 +57,9 @@ public:
     std::int32_t GetSamples(const AudioReaderDataIn& request, unsigned char*& data, std::int32_t& size,
                             unsigned long* extra);
 
-    /// Of the last successful GetSamples: the PCM that the stream had for it, which is all of it unless
-    /// MetEnd. Valid until the next call.
-    std::span<const std::uint8_t> DecodedPcm() const { return {pcmBufferA_.Data(), stream_.decodedBytes}; }
-    bool MetEnd() const { return stream_.metEnd; }
+    /// Reads whole samples to `pcm` from `start` on, as far as the stream goes: `decodedBytes` gets how much
+    /// that is, less than pcm.size() where the stream ends before, and what is behind it means nothing.
+    std::int32_t ReadUpToEnd(std::int64_t start, std::span<std::uint8_t> pcm, std::size_t& decodedBytes);
 
     /// What the open found, for as long as the file is open.
     const WAVEFORMATEX& Format() const { return stream_.format; }
@@ -102,7 +101,6 @@ private:
         std::optional<std::int64_t> nextFrame;
 
         std::size_t decodedBytes = 0; ///< of the last request, up to the first fault
-        bool metEnd = false;          ///< it could not be filled
     };
 
     std::int32_t CreateDecoder();
@@ -120,6 +118,13 @@ private:
     void SkipInfoFrame();
 
     // Delivery.
+    enum class Filled {
+        kWhole,     ///< perhaps with the external decoder's silence
+        kToTheEnd,  ///< the stream ended before
+        kUndecoded, ///< a frame could not be decoded
+        kFailed,
+    };
+    Filled Fill(std::int64_t start, std::span<std::uint8_t> pcm);
     std::int32_t Deliver(const AudioReaderDataIn& request, std::size_t bytes, unsigned char*& data);
     std::int32_t Silence(std::size_t bytes, unsigned char*& data);
     bool HasFrames() const;

@@ -4,6 +4,7 @@
 
 #include "os/paths.h"
 #include "trnmediadet/media_info.h"
+#include "trnmpafileread/c_api.h"
 
 #include <gtest/gtest.h>
 
@@ -81,6 +82,27 @@ TEST_F(SettingsBesideTheModule, TheDecoderSelectorDecidesAboutTheSampleReader) {
     EXPECT_EQ(OpenWith("[codec]\r\nmp3decoderuse=1\r\n", 4), kSelected);
     EXPECT_EQ(OpenWith("[READSIZE]\r\nMP3DecoderUse=1\r\n", 4), 1);
     EXPECT_EQ(OpenWith("", 4), 1);
+}
+
+TEST_F(SettingsBesideTheModule, TheCInterfaceTellsOfTheDecoder) {
+    const auto open = library_.FunctionNamed<decltype(&trnmpa_reader_open_utf8)>("trnmpa_reader_open_utf8");
+    const auto describe = library_.FunctionNamed<decltype(&trnmpa_reader_info)>("trnmpa_reader_info");
+    const auto close = library_.FunctionNamed<decltype(&trnmpa_reader_close)>("trnmpa_reader_close");
+    ASSERT_TRUE(open != nullptr && describe != nullptr && close != nullptr);
+    const std::string path = os::NarrowToUtf8(path_);
+    trnmpa_reader* reader = nullptr;
+    for (const char* selector : {"2", "-1"}) {
+        Write("[CODEC]\nMP3DecoderUse=" + std::string(selector) + "\n");
+        EXPECT_EQ(open(path.c_str(), &reader), TRNMPA_ERROR_DECODER);
+        EXPECT_EQ(reader, nullptr);
+    }
+    Write("[CODEC]\nMP3DecoderUse=1\n");
+    EXPECT_EQ(open(path.c_str(), &reader), kSelected == 1 ? TRNMPA_OK : TRNMPA_ERROR_DECODER);
+    trnmpa_info info = {};
+    info.struct_size = sizeof info;
+    EXPECT_EQ(describe(reader, &info), kSelected == 1 ? TRNMPA_OK : TRNMPA_ERROR_ARGUMENT);
+    EXPECT_EQ(info.delay, kSelected == 1 ? 529u : 0u);
+    close(reader);
 }
 
 TEST_F(SettingsBesideTheModule, AnOpenReaderKeepsItsDecoder) {
