@@ -9,6 +9,8 @@ namespace mpatool {
 namespace {
 
 constexpr double kUnit = 32768;
+/// Lower plots have no room for the words of five levels.
+constexpr std::int32_t kLeastForLevels = 60;
 
 /// The values of one channel over the rows of its plot.
 class ChannelPlot {
@@ -85,14 +87,14 @@ private:
 void DrawLevels(Drawing& drawing, const Layout& layout, const Box& plot, const ChannelPlot& channel) {
     struct Level {
         double value;
-        const char* name;
+        const char* name; ///< in decibels; zero has none
     };
     constexpr Level kLevels[] = {
-        {kUnit, "0 dB"}, {kUnit / 2, "-6"}, {0, ""}, {-kUnit / 2, "-6"}, {-kUnit, "0 dB"}};
+        {kUnit, "0 dB"}, {kUnit / 2, "-6"}, {0, nullptr}, {-kUnit / 2, "-6"}, {-kUnit, "0 dB"}};
     for (const Level& level : kLevels) {
         const std::int32_t row = channel.RowOf(level.value);
         drawing.Add(Ink::kGrid, {plot.left, row, plot.width, layout.scale});
-        if (plot.height >= 60 * layout.scale)
+        if (level.name != nullptr && plot.height >= kLeastForLevels * layout.scale)
             DrawValue(drawing, layout, plot, row, level.name);
     }
 }
