@@ -33,10 +33,11 @@ void AddOutputOptions(CLI::App& command, RawOptions& raw) {
 }
 
 CLI::App* AddInfoCommand(CLI::App& app, RawOptions& raw) {
-    CLI::App* info =
-        app.add_subcommand("info", "Show what the module and a walk over all frames tell about files");
+    CLI::App* info = app.add_subcommand(
+        "info", "Show what files claim, what they hold and what the module tells about them");
     info->add_option("FILE", raw.infoFiles, "MPEG audio files")->required()->type_name("");
-    info->add_flag("--json", raw.json, "Print a JSON array with one object per file");
+    info->add_flag("--json", raw.json, "Print a JSON document");
+    info->footer(std::string(kInfoFooter) + kExitFooter);
     return info;
 }
 
@@ -87,6 +88,7 @@ CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
         ->excludes(force)
         ->excludes(jobs);
     index->add_flag("-r", raw.recurse, "Take all media files in and below folders");
+    index->add_flag("--json", raw.json, "Print a JSON document");
     index->footer(std::string(kIndexFooter) + kExitFooter);
     return index;
 }
@@ -94,7 +96,7 @@ CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
 CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* frames = app.add_subcommand("frames", "List the frames of a file");
     frames->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
-    CLI::Option* json = frames->add_flag("--json", raw.json, "Print a JSON object");
+    CLI::Option* json = frames->add_flag("--json", raw.json, "Print a JSON document");
     frames->add_flag("--csv", raw.csv, "Print comma-separated values below a line of names")->excludes(json);
     frames->footer(std::string(kFramesFooter) + kExitFooter);
     return frames;
@@ -103,6 +105,7 @@ CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
 CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* selftest = app.add_subcommand("selftest", "Hold a module to the contract with its hosts");
     selftest->add_option("--streams", raw.streams)->group("");
+    selftest->add_flag("--json", raw.json, "Print a JSON document");
     selftest->footer(std::string(kSelftestFooter) + kExitFooter);
     return selftest;
 }
@@ -110,7 +113,7 @@ CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
 CLI::App* AddCheckCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* check = app.add_subcommand("check", "Look for damage in files");
     check->add_option("FILE", raw.checkFiles, "MPEG audio files")->required()->type_name("");
-    check->add_flag("--json", raw.json, "Print a JSON array with one object per file");
+    check->add_flag("--json", raw.json, "Print a JSON document");
     check->footer(std::string(kCheckFooter) + kExitFooter);
     return check;
 }
