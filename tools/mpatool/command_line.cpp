@@ -1,7 +1,10 @@
 #include "mpatool/command_line.h"
 
+#include "mpatool/command_texts.h"
+#include "mpatool/completions.h"
 #include "mpatool/help_texts.h"
 #include "mpatool/kernel_choice.h"
+#include "mpatool/man_page.h"
 #include "mpatool/raw_options.h"
 #include "mpatool/tool_error.h"
 
@@ -118,6 +121,18 @@ CLI::App* AddCheckCommand(CLI::App& app, RawOptions& raw) {
     return check;
 }
 
+/// `mpatool --generate man|bash|zsh`, which --help does not tell, is for the installation.
+std::string Generated(const CLI::App& app, const std::string& kind) {
+    const CommandText texts = TextsOf(app);
+    if (kind == "man")
+        return ManPage(texts, "mpatool " MPATOOL_VERSION, kExitFooter);
+    if (kind == "bash")
+        return BashCompletion(texts);
+    if (kind == "zsh")
+        return ZshCompletion(texts);
+    throw UsageError("--generate: man, bash or zsh");
+}
+
 } // namespace
 
 Command ParseCommandLine(const std::vector<std::string>& arguments) {
@@ -136,6 +151,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     const CLI::App* selftest = AddSelftestCommand(app, raw);
     const CLI::App* check = AddCheckCommand(app, raw);
     AddDecodeCommand(app, raw);
+    if (arguments.size() == 3 && arguments[1] == "--generate")
+        return ShowText{Generated(app, arguments[2])};
     try {
         // CLI11 takes the arguments from the back.
         app.parse(
