@@ -60,7 +60,9 @@ def check_debian(package, folder):
     shutil.copyfile(SOURCE / "samples" / "music.mp3", root / "tmp" / "song.mp3")
     inside = ["chroot", str(root)]
     run(*inside, "dpkg", "--install", f"/tmp/{package.name}")
-    require(root, ["usr/bin/mpatool", "usr/lib/*/libtrnmpafileread.so.0",
+    require(root, ["usr/bin/mpatool", "usr/share/man/man1/mpatool.1",
+                   "usr/share/bash-completion/completions/mpatool", "usr/share/zsh/site-functions/_mpatool",
+                   "usr/share/doc/trnmpafileread/docs/schema/mpatool-info-1.json", "usr/lib/*/libtrnmpafileread.so.0",
                    "usr/include/trnmpafileread/trnmpafileread/plugin.h",
                    "usr/share/doc/trnmpafileread/licences/libcli11-dev.txt"])
     print(output_of(*inside, "mpatool", "info", "/tmp/song.mp3"))

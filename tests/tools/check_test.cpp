@@ -163,11 +163,11 @@ TEST_F(CheckTest, TagsAreNoDamage) {
     EXPECT_EQ(Check(Joined({id3v2, clean_, ape, lyrics2, id3v1}), 0),
               "no damage (20 frames, 0:00.498)\n"
               "  byte     0   0:00.000  ID3v2.3 tag, 20 bytes\n"
-              "  byte 8,360   0:00.498  APE tag, 32 bytes\n"
-              "  byte 8,392   0:00.498  Lyrics3 tag, 29 bytes\n"
+              "  byte 8,360   0:00.498  APEv2 tag, 32 bytes\n"
+              "  byte 8,392   0:00.498  Lyrics3v2 tag, 29 bytes\n"
               "  byte 8,421   0:00.498  ID3v1 tag, 128 bytes\n");
     EXPECT_THAT(Check(Joined({clean_, lyrics, id3v1}), 0),
-                HasSubstr("byte 8,340   0:00.498  Lyrics3 tag, 25 b"));
+                HasSubstr("byte 8,340   0:00.498  Lyrics3v1 tag, 25 b"));
     const Bytes cut(clean_.begin(), clean_.end() - 100);
     EXPECT_THAT(Check(Joined({cut, id3v1}), kDamaged),
                 HasSubstr("truncation: the last frame has 317 of 417 bytes\n"))
@@ -234,7 +234,7 @@ TEST_F(CheckTest, JsonForm) {
     Add("ü.mp3", Joined({file, Text("TAG", 128)}));
     const ProcessResult result = Run({"check", "--json", "ü.mp3", "none.mp3"});
     EXPECT_EQ(result.exitStatus, 1);
-    const Json files = Json::parse(result.output);
+    const Json files = Json::parse(result.output).at("files");
     ASSERT_EQ(files.size(), 2u);
     EXPECT_EQ(files.at(1).at("file"), "none.mp3");
     EXPECT_THAT(files.at(1).at("error").get<std::string>(), StartsWith("none.mp3: "));

@@ -76,7 +76,7 @@ TEST_F(FramesTest, WithAnIndexFromItsFirstEntryOn) {
                                               "0,417,417,0,0.000000,1,3,128000,44100,stereo,0,0\n"
                                               "1,834,417,1152,0.026122,1,3,128000,44100,stereo,0,0\n"
                                               "2,1251,417,2304,0.052245,1,3,128000,44100,stereo,0,0\n");
-    EXPECT_EQ(Json::parse(Output({"frames", "--json", "a.mp3"})).at("index"), true);
+    EXPECT_EQ(Json::parse(Output({"frames", "--json", "a.mp3"})).at("files").at(0).at("index"), true);
 }
 
 TEST_F(FramesTest, InfoFrameIsNotListed) {
@@ -102,7 +102,7 @@ TEST_F(FramesTest, Json) {
     const bool quotesAreNames = std::filesystem::path::preferred_separator == '/';
     const std::string file = quotesAreNames ? name : "ü 音.mp3";
     Add(file, test::SilentLayer3(3));
-    const Json table = Json::parse(Output({"frames", "--json", file}));
+    const Json table = Json::parse(Output({"frames", "--json", file})).at("files").at(0);
     EXPECT_EQ(table.at("file"), file);
     EXPECT_EQ(table.at("index"), false);
     EXPECT_EQ(table.at("delaySamples"), 1100);
@@ -138,6 +138,15 @@ TEST_F(FramesTest, ReaderThatHasSeenEnough) {
     EXPECT_THAT(result.error, IsEmpty());
 }
 
+TEST_F(FramesTest, JsonOfAnUnusableFile) {
+    Add("noise.mp3", Bytes(5000, 0x55));
+    const ProcessResult result = Run({"frames", "noise.mp3", "--json"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.error, "mpatool: noise.mp3: no MPEG audio frames found\n");
+    EXPECT_EQ(Json::parse(result.output).at("files"),
+              Json::array({{{"file", "noise.mp3"}, {"error", "noise.mp3: no MPEG audio frames found"}}}));
+}
+
 TEST_F(FramesTest, UnusableFilesAndArguments) {
     Add("noise.mp3", Bytes(5000, 0x55));
     Add("a.mp3", test::SilentLayer3(3));
@@ -145,7 +154,7 @@ TEST_F(FramesTest, UnusableFilesAndArguments) {
          std::vector<std::tuple<std::vector<std::string>, int, std::string>>{
              {{"frames", "none.mp3"}, 1, "mpatool: none.mp3: "},
              {{"frames", "."}, 1, "mpatool: .: Is a directory\n"},
-             {{"frames", "noise.mp3", "--json"}, 1, "mpatool: noise.mp3: no MPEG audio frames found\n"},
+             {{"frames", "noise.mp3", "--csv"}, 1, "mpatool: noise.mp3: no MPEG audio frames found\n"},
              {{"frames", "a.mp3", "--json", "--csv"}, 2, "--csv"},
              {{"frames", "a.mp3", "a.mp3"}, 2, "a.mp3"},
              {{"frames"}, 2, "FILE"}}) {

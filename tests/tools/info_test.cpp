@@ -28,12 +28,13 @@ Bytes SilentLayer3At64(std::size_t frames) {
 
 class InfoTest : public test::ToolTest {
 protected:
-    /// The scan of the only file.
-    Json Scan(const std::string& file) const {
+    /// The report of the only file.
+    Json Report(const std::string& file) const {
         const ProcessResult result = RunCounting({"info", "--json", file});
         EXPECT_EQ(result.exitStatus, 0) << result.error;
-        return Json::parse(result.output).at(0).at("scan");
+        return Json::parse(result.output).at("files").at(0);
     }
+    Json Counted(const std::string& file) const { return Report(file).at("counted"); }
 };
 
 TEST_F(InfoTest, ScanOfAConstantBitRate) {
@@ -42,24 +43,26 @@ TEST_F(InfoTest, ScanOfAConstantBitRate) {
     stream.insert(stream.end(), frames.begin(), frames.end());
     stream.resize(stream.size() + 30);
     AddPlanned("a.mp3", stream, {});
-    const Json scan = Scan("a.mp3");
-    EXPECT_EQ(scan.at("index"), nullptr);
-    EXPECT_EQ(scan.at("infoFrame"), false);
-    EXPECT_EQ(scan.at("firstFrameOffset"), 100);
-    EXPECT_EQ(scan.at("layer"), 3);
-    EXPECT_EQ(scan.at("lowSamplingFrequency"), false);
-    EXPECT_EQ(scan.at("sampleRate"), 44100);
-    EXPECT_EQ(scan.at("channels"), 2);
-    EXPECT_EQ(scan.at("constantBitRate"), true);
-    EXPECT_EQ(scan.at("lowestBitRate"), 128000);
-    EXPECT_EQ(scan.at("highestBitRate"), 128000);
+    const Json report = Report("a.mp3");
+    const Json counted = report.at("counted");
+    EXPECT_EQ(counted.at("index"), nullptr);
+    EXPECT_EQ(counted.at("infoFrame"), false);
+    EXPECT_EQ(counted.at("firstFrameOffset"), 100);
+    EXPECT_EQ(counted.at("layer"), 3);
+    EXPECT_EQ(counted.at("lowSamplingFrequency"), false);
+    EXPECT_EQ(counted.at("sampleRate"), 44100);
+    EXPECT_EQ(counted.at("channels"), 2);
+    EXPECT_EQ(counted.at("constantBitRate"), true);
+    EXPECT_EQ(counted.at("lowestBitRate"), 128000);
+    EXPECT_EQ(counted.at("highestBitRate"), 128000);
     // 417 bytes in 1152 samples: no frame is padded.
-    EXPECT_EQ(scan.at("averageBitRate"), 127706);
-    EXPECT_EQ(scan.at("frames"), 50);
-    EXPECT_EQ(scan.at("samplesPerFrame"), 1152);
-    EXPECT_EQ(scan.at("delaySamples"), 1100);
-    EXPECT_EQ(scan.at("samples"), 50 * 1152 - 1100);
-    EXPECT_DOUBLE_EQ(scan.at("seconds"), (50 * 1152 - 1100) / 44100.0);
+    EXPECT_EQ(counted.at("averageBitRate"), 127706);
+    EXPECT_EQ(counted.at("frames"), 50);
+    EXPECT_EQ(counted.at("samplesPerFrame"), 1152);
+    const Json delivered = report.at("delivered");
+    EXPECT_EQ(delivered.at("delaySamples"), 1100);
+    EXPECT_EQ(delivered.at("samples"), 50 * 1152 - 1100);
+    EXPECT_DOUBLE_EQ(delivered.at("seconds"), (50 * 1152 - 1100) / 44100.0);
 }
 
 TEST_F(InfoTest, OneFrameOfAnotherBitRateMakesItVariable) {
@@ -67,31 +70,32 @@ TEST_F(InfoTest, OneFrameOfAnotherBitRateMakesItVariable) {
     const Bytes last = SilentLayer3At64(1);
     stream.insert(stream.end(), last.begin(), last.end());
     AddPlanned("a.mp3", stream, {});
-    const Json scan = Scan("a.mp3");
-    EXPECT_EQ(scan.at("constantBitRate"), false);
-    EXPECT_EQ(scan.at("lowestBitRate"), 64000);
-    EXPECT_EQ(scan.at("highestBitRate"), 128000);
-    EXPECT_EQ(scan.at("frames"), 51);
+    const Json counted = Counted("a.mp3");
+    EXPECT_EQ(counted.at("constantBitRate"), false);
+    EXPECT_EQ(counted.at("lowestBitRate"), 64000);
+    EXPECT_EQ(counted.at("highestBitRate"), 128000);
+    EXPECT_EQ(counted.at("frames"), 51);
 }
 
 TEST_F(InfoTest, InfoFrameIsNotPartOfTheAudio) {
     Bytes stream = test::SilentLayer3(4);
     std::ranges::copy(std::string("Info"), stream.begin() + 36);
     AddPlanned("a.mp3", stream, {});
-    const Json scan = Scan("a.mp3");
-    EXPECT_EQ(scan.at("infoFrame"), true);
-    EXPECT_EQ(scan.at("firstFrameOffset"), 417);
-    EXPECT_EQ(scan.at("frames"), 3);
+    const Json counted = Counted("a.mp3");
+    EXPECT_EQ(counted.at("infoFrame"), true);
+    EXPECT_EQ(counted.at("firstFrameOffset"), 417);
+    EXPECT_EQ(counted.at("frames"), 3);
 }
 
 TEST_F(InfoTest, IndexOfTheFrames) {
     AddPlanned("a.mp3", test::SilentLayer3(4), {});
     Add("a.mp3.idx", test::IndexOf({417, 834, 1251}));
-    const Json scan = Scan("a.mp3");
-    EXPECT_EQ(scan.at("index"), (Json{{"entries", 3}, {"claimedEntries", 3}, {"matchesFrames", true}}));
-    EXPECT_EQ(scan.at("frames"), 3);
-    EXPECT_EQ(scan.at("delaySamples"), 0);
-    EXPECT_EQ(scan.at("samples"), 3 * 1152);
+    const Json counted = Counted("a.mp3");
+    EXPECT_EQ(counted.at("index"), (Json{{"entries", 3}, {"claimedEntries", 3}, {"matchesFrames", true}}));
+    EXPECT_EQ(counted.at("frames"), 3);
+    const Json delivered = Report("a.mp3").at("delivered");
+    EXPECT_EQ(delivered.at("delaySamples"), 0);
+    EXPECT_EQ(delivered.at("samples"), 3 * 1152);
 }
 
 TEST_F(InfoTest, IndexThatClaimsMoreThanItHolds) {
@@ -99,7 +103,7 @@ TEST_F(InfoTest, IndexThatClaimsMoreThanItHolds) {
     Bytes index = test::IndexOf({417, 834, 1251});
     index.at(3) = 0x7F;
     Add("a.mp3.idx", index);
-    EXPECT_EQ(Scan("a.mp3").at("index"),
+    EXPECT_EQ(Counted("a.mp3").at("index"),
               (Json{{"entries", 3}, {"claimedEntries", 0x7F000003}, {"matchesFrames", false}}));
 }
 
@@ -115,11 +119,11 @@ TEST_F(InfoTest, FilesThatCannotBeShownDoNotHideTheOthers) {
     const ProcessResult json = RunCounting({"info", "none.mp3", "a.mp3", "noise.mp3", "--json"});
     EXPECT_EQ(json.exitStatus, 1);
     EXPECT_THAT(json.error, HasSubstr("mpatool: none.mp3: "));
-    const Json files = Json::parse(json.output);
+    const Json files = Json::parse(json.output).at("files");
     ASSERT_EQ(files.size(), 3u);
     EXPECT_EQ(files.at(0).at("file"), "none.mp3");
     EXPECT_TRUE(files.at(0).contains("error"));
-    EXPECT_EQ(files.at(1).at("scan").at("frames"), 4);
+    EXPECT_EQ(files.at(1).at("counted").at("frames"), 4);
     EXPECT_EQ(files.at(2).at("error"), "noise.mp3: no MPEG audio frames found");
 }
 
@@ -128,10 +132,12 @@ TEST_F(InfoTest, ReadableTextNamesItsSources) {
     const ProcessResult result = RunCounting({"info", "a.mp3"});
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_THAT(result.error, IsEmpty());
-    EXPECT_THAT(result.output,
-                AllOf(HasSubstr("  probe\n"), HasSubstr("  sample reader\n"), HasSubstr("  scan\n"),
-                      HasSubstr("    frames            4 of 1152 samples\n"),
-                      HasSubstr("    bit rate          constant, 128 kbit/s\n")));
+    EXPECT_THAT(result.output, AllOf(HasSubstr("  claimed by the file\n"), HasSubstr("  counted\n"),
+                                     HasSubstr("  delivered, by these counts\n"),
+                                     HasSubstr("  reported by the module: probe\n"),
+                                     HasSubstr("  reported by the module: sample reader\n"),
+                                     HasSubstr("    frames            4 of 1152 samples\n"),
+                                     HasSubstr("    bit rate          constant, 128 kbit/s\n")));
 }
 
 TEST_F(InfoTest, NeedsAFile) {

@@ -70,7 +70,7 @@ protected:
     Json Info(const std::string& file) const {
         const ProcessResult result = Run({"info", "--json", file});
         EXPECT_EQ(result.exitStatus, 0) << result.error;
-        return Json::parse(result.output).at(0);
+        return Json::parse(result.output).at("files").at(0);
     }
 
     /// The positions of the frames behind the first one.
@@ -132,7 +132,7 @@ TEST_P(SampleTest, SlicesByIndexAreThoseOfTheWhole) {
     index.at(8) = static_cast<std::uint8_t>(sample.layer);
     Add(std::string(sample.file) + ".idx", index);
 
-    EXPECT_EQ(Info(sample.file).at("scan").at("index").at("matchesFrames"), true);
+    EXPECT_EQ(Info(sample.file).at("counted").at("index").at("matchesFrames"), true);
     const Bytes whole = Decode(sample.file);
     const std::int64_t samples = (sample.frames - 1) * test::kFrameSamples;
     ASSERT_EQ(static_cast<std::int64_t>(whole.size()), samples * kBytesPerSample);
@@ -151,13 +151,13 @@ TEST_P(SampleTest, CutLastFrameIsLeftOut) {
     EXPECT_EQ(Decode("cut.mp3"), Slice(whole, 0, sample.Samples() - test::kFrameSamples));
 }
 
-TEST_P(SampleTest, InfoShowsProbeSampleReaderAndScan) {
+TEST_P(SampleTest, InfoShowsCountsAndWhatTheModuleReports) {
     const Sample& sample = GetParam();
     const Json info = Info(sample.file);
     EXPECT_EQ(info.at("bytes"), ReadSample(sample).size());
-    EXPECT_EQ(info.at("classByName"), 2320 + sample.layer);
+    EXPECT_EQ(info.at("module").at("classByName"), 2320 + sample.layer);
 
-    const Json& probe = info.at("probe");
+    const Json& probe = info.at("module").at("probe");
     EXPECT_EQ(probe.at("result"), 1);
     EXPECT_EQ(probe.at("classIdentifier"), 2320 + sample.layer);
     EXPECT_EQ(probe.at("audioCodec"), 1040 + sample.layer);
@@ -166,18 +166,18 @@ TEST_P(SampleTest, InfoShowsProbeSampleReaderAndScan) {
     EXPECT_NEAR(probe.at("duration100ns").get<double>() / 1e7, static_cast<double>(sample.Samples()) / 44100,
                 0.03);
 
-    const Json& reader = info.at("sampleReader");
+    const Json& reader = info.at("module").at("sampleReader");
     EXPECT_EQ(reader.at("formatTag"), 1);
     EXPECT_EQ(reader.at("sampleRate"), 44100);
     EXPECT_EQ(reader.at("channels"), 2);
     EXPECT_EQ(reader.at("bitsPerSample"), 16);
 
-    const Json& scan = info.at("scan");
-    EXPECT_EQ(scan.at("layer"), sample.layer);
-    EXPECT_EQ(scan.at("constantBitRate"), true);
-    EXPECT_EQ(scan.at("frames"), sample.frames);
-    EXPECT_EQ(scan.at("samples"), sample.Samples());
-    EXPECT_EQ(scan.at("infoFrame"), sample.layer == 3);
+    const Json& counted = info.at("counted");
+    EXPECT_EQ(counted.at("layer"), sample.layer);
+    EXPECT_EQ(counted.at("constantBitRate"), true);
+    EXPECT_EQ(counted.at("frames"), sample.frames);
+    EXPECT_EQ(info.at("delivered").at("samples"), sample.Samples());
+    EXPECT_EQ(counted.at("infoFrame"), sample.layer == 3);
 }
 
 std::string SampleName(const testing::TestParamInfo<Sample>& info) {
@@ -191,10 +191,10 @@ TEST_F(RealModuleTest, VariableBitRateIsShownAndDecoded) {
     std::ranges::copy(std::string("Xing"), stream.begin() + 36);
     Add("xing.mp3", stream);
     const Json info = Info("xing.mp3");
-    EXPECT_EQ(info.at("probe").at("result"), 2);
-    EXPECT_EQ(info.at("probe").at("variableBitRate"), true);
-    EXPECT_FALSE(info.at("probe").contains("duration100ns"));
-    EXPECT_EQ(info.at("sampleReader").at("opened"), true);
+    EXPECT_EQ(info.at("module").at("probe").at("result"), 2);
+    EXPECT_EQ(info.at("module").at("probe").at("variableBitRate"), true);
+    EXPECT_FALSE(info.at("module").at("probe").contains("duration100ns"));
+    EXPECT_EQ(info.at("module").at("sampleReader").at("opened"), true);
     EXPECT_THAT(Run({"info", "xing.mp3"}).output,
                 AllOf(HasSubstr("    result            2 (variable bit rate, not described)\n"),
                       HasSubstr("    format            44100 Hz, 2 channels, 16 bits\n")));
@@ -203,7 +203,7 @@ TEST_F(RealModuleTest, VariableBitRateIsShownAndDecoded) {
 
 TEST_F(RealModuleTest, NameOutsideTheModulesListIsDecodedAllTheSame) {
     Add("music.bin", ReadSample(kLayer2));
-    EXPECT_EQ(Info("music.bin").at("classByName"), 0);
+    EXPECT_EQ(Info("music.bin").at("module").at("classByName"), 0);
     EXPECT_EQ(static_cast<std::int64_t>(Decode("music.bin").size()), kLayer2.Samples() * kBytesPerSample);
 }
 

@@ -1,12 +1,12 @@
 #include "mpatool/check_command.h"
 
 #include "mpatool/check_report.h"
+#include "mpatool/json_document.h"
 #include "mpatool/module_host.h"
 #include "mpatool/module_place.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "os/console.h"
-#include "os/paths.h"
 
 #include <nlohmann/json.hpp>
 
@@ -81,7 +81,6 @@ int RunReadable(const CheckOptions& options) {
 }
 
 int RunJson(const CheckOptions& options) {
-    constexpr int kIndent = 2;
     Json files = Json::array();
     const int status = ForEachFile(
         options,
@@ -89,10 +88,9 @@ int RunJson(const CheckOptions& options) {
             files.push_back(JsonCheck(file, result));
         },
         [&](const std::wstring& file, const ToolError& error) {
-            files.push_back({{"file", os::NarrowToUtf8(file)}, {"error", error.what()}});
+            files.push_back(FailedFile(file, error.what()));
         });
-    // File names need not be valid UTF-8.
-    Print(files.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n");
+    PrintDocument("check", files);
     return status;
 }
 

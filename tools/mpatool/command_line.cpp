@@ -1,7 +1,10 @@
 #include "mpatool/command_line.h"
 
+#include "mpatool/command_texts.h"
+#include "mpatool/completions.h"
 #include "mpatool/help_texts.h"
 #include "mpatool/kernel_choice.h"
+#include "mpatool/man_page.h"
 #include "mpatool/raw_options.h"
 #include "mpatool/tool_error.h"
 
@@ -39,10 +42,11 @@ void AddStretchOptions(CLI::App& command, RawOptions& raw, const std::string& ve
 }
 
 CLI::App* AddInfoCommand(CLI::App& app, RawOptions& raw) {
-    CLI::App* info =
-        app.add_subcommand("info", "Show what the module and a walk over all frames tell about files");
+    CLI::App* info = app.add_subcommand(
+        "info", "Show what files claim, what they hold and what the module tells about them");
     info->add_option("FILE", raw.infoFiles, "MPEG audio files")->required()->type_name("");
-    info->add_flag("--json", raw.json, "Print a JSON array with one object per file");
+    info->add_flag("--json", raw.json, "Print a JSON document");
+    info->footer(std::string(kInfoFooter) + kExitFooter);
     return info;
 }
 
@@ -91,6 +95,7 @@ CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
         ->excludes(force)
         ->excludes(jobs);
     index->add_flag("-r", raw.recurse, "Take all media files in and below folders");
+    index->add_flag("--json", raw.json, "Print a JSON document");
     index->footer(std::string(kIndexFooter) + kExitFooter);
     return index;
 }
@@ -98,7 +103,7 @@ CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
 CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* frames = app.add_subcommand("frames", "List the frames of a file");
     frames->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
-    CLI::Option* json = frames->add_flag("--json", raw.json, "Print a JSON object");
+    CLI::Option* json = frames->add_flag("--json", raw.json, "Print a JSON document");
     frames->add_flag("--csv", raw.csv, "Print comma-separated values below a line of names")->excludes(json);
     frames->footer(std::string(kFramesFooter) + kExitFooter);
     return frames;
@@ -128,6 +133,7 @@ CLI::App* AddWaveformCommand(CLI::App& app, RawOptions& raw) {
 CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* selftest = app.add_subcommand("selftest", "Hold a module to the contract with its hosts");
     selftest->add_option("--streams", raw.streams)->group("");
+    selftest->add_flag("--json", raw.json, "Print a JSON document");
     selftest->footer(std::string(kSelftestFooter) + kExitFooter);
     return selftest;
 }
@@ -135,9 +141,21 @@ CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
 CLI::App* AddCheckCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* check = app.add_subcommand("check", "Look for damage in files");
     check->add_option("FILE", raw.checkFiles, "MPEG audio files")->required()->type_name("");
-    check->add_flag("--json", raw.json, "Print a JSON array with one object per file");
+    check->add_flag("--json", raw.json, "Print a JSON document");
     check->footer(std::string(kCheckFooter) + kExitFooter);
     return check;
+}
+
+/// `mpatool --generate man|bash|zsh`, which --help does not tell, is for the installation.
+std::string Generated(const CLI::App& app, const std::string& kind) {
+    const CommandText texts = TextsOf(app);
+    if (kind == "man")
+        return ManPage(texts, "mpatool " MPATOOL_VERSION, kExitFooter);
+    if (kind == "bash")
+        return BashCompletion(texts);
+    if (kind == "zsh")
+        return ZshCompletion(texts);
+    throw UsageError("--generate: man, bash or zsh");
 }
 
 } // namespace
@@ -159,6 +177,8 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     const CLI::App* check = AddCheckCommand(app, raw);
     const CLI::App* waveform = AddWaveformCommand(app, raw);
     AddDecodeCommand(app, raw);
+    if (arguments.size() == 3 && arguments[1] == "--generate")
+        return ShowText{Generated(app, arguments[2])};
     try {
         // CLI11 takes the arguments from the back.
         app.parse(

@@ -60,6 +60,7 @@ struct IndexOptions {
     bool force = false;  ///< replace existing indexes
     bool verify = false; ///< compare instead of build
     bool recurse = false;
+    bool json = false;
     int jobs = 1;
 };
 
@@ -96,6 +97,7 @@ struct WaveformOptions {
 struct SelftestOptions {
     std::wstring module;  ///< empty: the one beside this program
     std::wstring streams; ///< folder with the built-in streams, for the process that runs the checks
+    bool json = false;
 };
 
 using Command = std::variant<ShowText, InfoOptions, DecodeOptions, SlicesOptions, IndexOptions, FramesOptions,

@@ -53,14 +53,15 @@ void AddCutEnd(trnmpa::SourceWindow& window, std::int64_t offset, std::int64_t e
 }
 
 void CompareWithEncoder(trnmpa::SourceWindow& window, std::int64_t end, StreamCheckResult& result) {
-    const auto claimed = EncodersStreamBytes(window, result.format);
+    const auto encoder = ReadEncoderFrame(window, result.format);
+    const std::int64_t claimed = encoder && encoder->name != "VBRI" ? encoder->bytes.value_or(0) : 0;
     const std::int64_t there = end - result.format.firstFrameOffset;
-    if (!claimed || *claimed <= there)
+    if (claimed <= there)
         return;
     Finding finding = result.At(FindingKind::kTruncated, end, end);
-    finding.bytes = *claimed - there;
+    finding.bytes = claimed - there;
     finding.detail =
-        "the encoder wrote " + CountOf(*claimed, "byte") + " of sound, " + FormatCount(there) + " are there";
+        "the encoder wrote " + CountOf(claimed, "byte") + " of sound, " + FormatCount(there) + " are there";
     result.findings.Add(finding);
 }
 

@@ -5,6 +5,7 @@ namespace mpatool {
 FileReport MakeReport(ModuleHost& host, Decoder decoder, const std::wstring& file) {
     FileReport report;
     report.file = file;
+    report.claims = ReadClaims(file);
     report.scan = ScanStream(file, decoder);
     report.classByName = host.ClassIdentifierFor(file);
 

@@ -46,11 +46,12 @@ std::optional<FileTag> Id3v2At(trnmpa::SourceWindow& window, std::int64_t offset
     if (!size)
         return std::nullopt;
     const std::int64_t footer = (bytes[5] & kHasFooter) != 0 ? kId3v2HeaderBytes : 0;
-    return FileTag{"ID3v2." + std::to_string(bytes[3]) + " tag", offset, kId3v2HeaderBytes + *size + footer};
+    return FileTag{"ID3v2." + std::to_string(bytes[3]), offset, kId3v2HeaderBytes + *size + footer};
 }
 
 /// The tag's header and its footer are made alike; the size leaves the header out.
 struct ApeMark {
+    std::string name;
     std::int64_t size = 0;
     bool isHeader = false;
     bool hasHeader = false;
@@ -60,19 +61,22 @@ std::optional<ApeMark> ApeMarkAt(trnmpa::SourceWindow& window, std::int64_t offs
     const Bytes bytes = window.At(offset, kApeHeaderBytes);
     if (bytes.size() < kApeHeaderBytes || !Says(bytes, "APETAGEX"))
         return std::nullopt;
+    const std::int64_t version = LittleEndian32(bytes.subspan(8)) / 1000;
     const std::int64_t flags = LittleEndian32(bytes.subspan(20));
-    return ApeMark{LittleEndian32(bytes.subspan(12)), (flags >> 29 & 1) != 0, (flags >> 31 & 1) != 0};
+    return ApeMark{version == 1 || version == 2 ? "APEv" + std::to_string(version) : "APE",
+                   LittleEndian32(bytes.subspan(12)), (flags >> 29 & 1) != 0, (flags >> 31 & 1) != 0};
 }
 
 std::optional<FileTag> ApeAt(trnmpa::SourceWindow& window, std::int64_t offset) {
     const auto mark = ApeMarkAt(window, offset);
     if (!mark || !mark->isHeader)
         return std::nullopt;
-    return FileTag{"APE tag", offset, kApeHeaderBytes + mark->size};
+    return FileTag{mark->name, offset, kApeHeaderBytes + mark->size};
 }
 
 /// The tag of `bytes` that ends at `end`, unless it would reach before `begin`.
-std::optional<FileTag> EndingAt(const char* name, std::int64_t begin, std::int64_t end, std::int64_t bytes) {
+std::optional<FileTag> EndingAt(const std::string& name, std::int64_t begin, std::int64_t end,
+                                std::int64_t bytes) {
     if (bytes <= 0 || bytes > end - begin)
         return std::nullopt;
     return FileTag{name, end - bytes, bytes};
@@ -83,14 +87,14 @@ std::optional<FileTag> Id3v1Before(trnmpa::SourceWindow& window, std::int64_t be
     if (!Says(window.At(end - kId3v1Bytes, 3), "TAG"))
         return std::nullopt;
     const bool isExtended = Says(window.At(end - kId3v1Bytes - kExtendedBytes, 4), "TAG+");
-    return EndingAt("ID3v1 tag", begin, end, kId3v1Bytes + (isExtended ? kExtendedBytes : 0));
+    return EndingAt("ID3v1", begin, end, kId3v1Bytes + (isExtended ? kExtendedBytes : 0));
 }
 
 std::optional<FileTag> ApeBefore(trnmpa::SourceWindow& window, std::int64_t begin, std::int64_t end) {
     const auto mark = ApeMarkAt(window, end - kApeHeaderBytes);
     if (!mark || mark->isHeader || mark->size < kApeHeaderBytes)
         return std::nullopt;
-    return EndingAt("APE tag", begin, end, mark->size + (mark->hasHeader ? kApeHeaderBytes : 0));
+    return EndingAt(mark->name, begin, end, mark->size + (mark->hasHeader ? kApeHeaderBytes : 0));
 }
 
 std::optional<FileTag> Id3v2Before(trnmpa::SourceWindow& window, std::int64_t begin, std::int64_t end) {
@@ -98,7 +102,8 @@ std::optional<FileTag> Id3v2Before(trnmpa::SourceWindow& window, std::int64_t be
     if (footer.size() < kId3v2HeaderBytes || !Says(footer, "3DI"))
         return std::nullopt;
     const auto size = Id3v2Size(footer.subspan(6));
-    return size ? EndingAt("ID3v2 tag", begin, end, *size + 2 * kId3v2HeaderBytes) : std::nullopt;
+    return size ? EndingAt("ID3v2." + std::to_string(footer[3]), begin, end, *size + 2 * kId3v2HeaderBytes)
+                : std::nullopt;
 }
 
 /// Version 2: six digits, the tag's size without them, stand before its last nine bytes.
@@ -114,7 +119,7 @@ std::optional<FileTag> Lyrics3Before(trnmpa::SourceWindow& window, std::int64_t 
             return std::nullopt;
         size = size * 10 + digit - '0';
     }
-    const auto tag = EndingAt("Lyrics3 tag", begin, end, size + kDigits + kMarkBytes);
+    const auto tag = EndingAt("Lyrics3v2", begin, end, size + kDigits + kMarkBytes);
     return tag && Says(window.At(tag->offset, 11), "LYRICSBEGIN") ? tag : std::nullopt;
 }
 
@@ -129,10 +134,8 @@ std::optional<FileTag> OldLyrics3Before(trnmpa::SourceWindow& window, std::int64
     const Bytes bytes = window.At(from, static_cast<std::size_t>(end - from));
     const auto found = std::search(bytes.begin(), bytes.end(), kBegin.begin(), kBegin.end());
     return found == bytes.end() ? std::nullopt
-                                : EndingAt("Lyrics3 tag", begin, end, end - from - (found - bytes.begin()));
+                                : EndingAt("Lyrics3v1", begin, end, end - from - (found - bytes.begin()));
 }
-
-} // namespace
 
 std::vector<FileTag> LeadingTags(trnmpa::SourceWindow& window, std::int64_t fileBytes) {
     std::vector<FileTag> tags;
@@ -167,6 +170,15 @@ std::vector<FileTag> TrailingTags(trnmpa::SourceWindow& window, std::int64_t beg
             break;
         }
     }
+    return tags;
+}
+
+} // namespace
+
+FileTags FindTags(trnmpa::SourceWindow& window, std::int64_t fileBytes) {
+    FileTags tags;
+    tags.leading = LeadingTags(window, fileBytes);
+    tags.trailing = TrailingTags(window, tags.Begin(), fileBytes);
     return tags;
 }
 

@@ -1,14 +1,17 @@
 #include "mpatool/frames_command.h"
 
 #include "mpatool/frame_row.h"
+#include "mpatool/json_document.h"
 #include "mpatool/module_place.h"
 #include "mpatool/stream_walk.h"
 #include "mpatool/text_output.h"
+#include "mpatool/tool_error.h"
 #include "os/paths.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace mpatool {
@@ -38,25 +41,19 @@ void PrintRows(StreamWalk& walk, std::int32_t delay, AppendRow append, const cha
     Print(text);
 }
 
-void PrintJson(StreamWalk& walk, std::int32_t delay, const std::wstring& file) {
-    using Json = nlohmann::ordered_json;
-    // File names need not be valid UTF-8.
-    const std::string name =
-        Json(os::NarrowToUtf8(file)).dump(-1, ' ', false, Json::error_handler_t::replace);
-    Print("{\n  \"file\": " + name + ",\n  \"index\": " + (walk.Index() ? "true" : "false") +
-          ",\n  \"delaySamples\": " + std::to_string(delay) + ",\n  \"frames\": [\n    ");
-    PrintRows(walk, delay, AppendJson, ",\n    ");
-    Print("\n  ]\n}\n");
+/// In the form that PrintDocument gives, piece by piece: there may be millions of rows.
+void PrintTable(StreamWalk& walk, std::int32_t delay, const std::wstring& file) {
+    Print("{\n  \"schema\": " + JsonText(SchemaOf("frames")) + ",\n  \"files\": [\n    {\n      \"file\": " +
+          JsonText(os::NarrowToUtf8(file)) + ",\n      \"index\": " + (walk.Index() ? "true" : "false") +
+          ",\n      \"delaySamples\": " + std::to_string(delay) + ",\n      \"frames\": [\n        ");
+    PrintRows(walk, delay, AppendJson, ",\n        ");
+    Print("\n      ]\n    }\n  ]\n}\n");
 }
 
-} // namespace
-
-void RunFrames(const FramesOptions& options) {
-    StreamWalk walk(options.file);
-    const std::int32_t delay = walk.DelaySamples(DecoderBySettings(options.module));
+void PrintFrames(StreamWalk& walk, std::int32_t delay, const FramesOptions& options) {
     switch (options.form) {
     case TableForm::kJson:
-        return PrintJson(walk, delay, options.file);
+        return PrintTable(walk, delay, options.file);
     case TableForm::kCsv:
         Print(CsvHeading());
         return PrintRows(walk, delay, AppendCsv, "");
@@ -64,6 +61,22 @@ void RunFrames(const FramesOptions& options) {
         Print(ReadableHeading());
         return PrintRows(walk, delay, AppendReadable, "");
     }
+}
+
+} // namespace
+
+void RunFrames(const FramesOptions& options) {
+    std::optional<StreamWalk> walk;
+    std::int32_t delay = 0;
+    try {
+        walk.emplace(options.file);
+        delay = walk->DelaySamples(DecoderBySettings(options.module));
+    } catch (const ToolError& error) {
+        if (options.form == TableForm::kJson)
+            PrintDocument("frames", nlohmann::ordered_json::array({FailedFile(options.file, error.what())}));
+        throw;
+    }
+    PrintFrames(*walk, delay, options);
 }
 
 } // namespace mpatool

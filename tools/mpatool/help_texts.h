@@ -13,6 +13,16 @@ inline constexpr const char* kExitFooter = R"(Exit status:
   3    check has found damage, and all files could be checked
   130  ended by Ctrl-C; nothing half-made was left)";
 
+inline constexpr const char* kInfoFooter =
+    R"(Three sources are kept apart, for they may well differ:
+  claimed    what the file says of itself: the encoder's frame ("Info", "Xing" or "VBRI") with the
+             delay and padding that the encoder added, and tags by size and position
+  counted    what a walk over all frames finds; with an index beside FILE, from its first entry on
+  reported   what the module tells a host: its probe and its sample reader
+What the sample reader delivers follows from the counted frames and the decoder's own delay.
+
+)";
+
 inline constexpr const char* kDecodeFooter =
     R"(SAMPLES is a plain integer, counted per channel at the stream's own rate. TIME is 62.5s, 250ms,
 1h2m, 1:02.5 or 1:00:00.

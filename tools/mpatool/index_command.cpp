@@ -5,26 +5,50 @@
 #include "mpatool/index_progress.h"
 #include "mpatool/index_verify.h"
 #include "mpatool/input_files.h"
+#include "mpatool/json_document.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "os/paths.h"
+
+#include <nlohmann/json.hpp>
 
 namespace mpatool {
 
 namespace {
 
-/// The exit status, which the first failure makes one.
-class Status {
+using Json = nlohmann::ordered_json;
+
+/// What became of the files: lines as they come, or one document at the end. The first failure makes the exit
+/// status one.
+class Results {
 public:
-    void Fail(const std::string& message) {
+    explicit Results(bool json) : json_(json) {}
+
+    void Add(const std::wstring& file, const std::string& text, const Json& fields) {
+        if (!json_)
+            return Print(os::NarrowToUtf8(file) + ": " + text + "\n");
+        files_.push_back({{"file", os::NarrowToUtf8(file)}});
+        files_.back().update(fields);
+    }
+    /// Of a file, or of what was named as one.
+    void Fail(const std::wstring& file, const std::string& message) {
         PrintError(message);
+        files_.push_back(FailedFile(file, message));
         Fail();
     }
-    void Fail() { value_ = kExitFailure; }
-    int Value() const { return value_; }
+    void Fail() { status_ = kExitFailure; }
+
+    /// The exit status.
+    int Finish() const {
+        if (json_)
+            PrintDocument("index", files_);
+        return status_;
+    }
 
 private:
-    int value_ = kExitSuccess;
+    const bool json_;
+    Json files_ = Json::array();
+    int status_ = kExitSuccess;
 };
 
 std::string VerdictText(const IndexVerdict& verdict) {
@@ -37,6 +61,18 @@ std::string VerdictText(const IndexVerdict& verdict) {
         break;
     }
     return "no index";
+}
+
+Json VerdictFields(const IndexVerdict& verdict) {
+    switch (verdict.kind) {
+    case IndexVerdict::Kind::kGood:
+        return {{"state", "good"}, {"frames", verdict.frames}};
+    case IndexVerdict::Kind::kStale:
+        return {{"state", "stale"}, {"difference", verdict.difference}};
+    case IndexVerdict::Kind::kMissing:
+        break;
+    }
+    return {{"state", "missing"}};
 }
 
 /// Verifies files one after the other under one progress bar.
@@ -77,32 +113,33 @@ private:
     IndexProgress done_;
 };
 
-void VerifyAll(const std::vector<std::wstring>& files, Status& status) {
+void VerifyAll(const std::vector<std::wstring>& files, Results& results) {
     Verifier verifier(files);
     for (const std::wstring& file : files) {
         try {
             const IndexVerdict verdict = verifier.Verify(file);
             verifier.NoteEnd(file);
-            Print(os::NarrowToUtf8(file) + ": " + VerdictText(verdict) + "\n");
+            results.Add(file, VerdictText(verdict), VerdictFields(verdict));
             if (verdict.kind != IndexVerdict::Kind::kGood)
-                status.Fail();
+                results.Fail();
         } catch (const ToolError& error) {
             verifier.NoteEnd(file);
-            status.Fail(error.what());
+            results.Fail(file, error.what());
         }
     }
 }
 
 void BuildAll(ModuleHost& host, const std::vector<std::wstring>& files, const IndexOptions& options,
-              Status& status) {
+              Results& results) {
     BuildIndexes(host, {files, options.force, options.jobs}, [&](const IndexOutcome& outcome) {
         if (outcome.end != IndexOutcome::End::kDone) {
-            status.Fail(outcome.message);
+            results.Fail(outcome.file, outcome.message);
             return;
         }
         if (!outcome.message.empty())
             PrintError(outcome.message);
-        Print(os::NarrowToUtf8(outcome.file) + ": " + CountOf(outcome.frames, "frame") + " indexed\n");
+        results.Add(outcome.file, CountOf(outcome.frames, "frame") + " indexed",
+                    {{"state", "built"}, {"frames", outcome.frames}});
     });
 }
 
@@ -110,14 +147,15 @@ void BuildAll(ModuleHost& host, const std::vector<std::wstring>& files, const In
 
 int RunIndex(const IndexOptions& options) {
     ModuleHost host(options.module);
-    Status status;
-    const auto files = CollectFiles(host, options.files, options.recurse,
-                                    [&](const std::string& message) { status.Fail(message); });
+    Results results(options.json);
+    const auto files = CollectFiles(
+        host, options.files, options.recurse,
+        [&](const std::wstring& path, const std::string& message) { results.Fail(path, message); });
     if (options.verify)
-        VerifyAll(files, status);
+        VerifyAll(files, results);
     else
-        BuildAll(host, files, options, status);
-    return status.Value();
+        BuildAll(host, files, options, results);
+    return results.Finish();
 }
 
 } // namespace mpatool

@@ -1,11 +1,11 @@
 #include "mpatool/info_command.h"
 
 #include "mpatool/file_report.h"
+#include "mpatool/json_document.h"
 #include "mpatool/module_place.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "os/console.h"
-#include "os/paths.h"
 
 #include <nlohmann/json.hpp>
 
@@ -50,15 +50,13 @@ int RunReadable(const InfoOptions& options) {
 }
 
 int RunJson(const InfoOptions& options) {
-    constexpr int kIndent = 2;
     Json files = Json::array();
     const int status = ForEachFile(
         options, [&](const FileReport& report) { files.push_back(JsonReport(report)); },
         [&](const std::wstring& file, const ToolError& error) {
-            files.push_back({{"file", os::NarrowToUtf8(file)}, {"error", error.what()}});
+            files.push_back(FailedFile(file, error.what()));
         });
-    // File names need not be valid UTF-8.
-    Print(files.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n");
+    PrintDocument("info", files);
     return status;
 }
 

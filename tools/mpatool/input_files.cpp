@@ -12,6 +12,8 @@ namespace mpatool {
 
 namespace {
 
+using FailureReport = std::function<void(const std::wstring&, const std::string&)>;
+
 std::wstring Inside(const std::wstring& folder, const std::wstring& name) {
     const bool ended = folder.ends_with(L'/') || folder.ends_with(os::kPathSeparator);
     return ended ? folder + name : folder + os::kPathSeparator + name;
@@ -19,8 +21,7 @@ std::wstring Inside(const std::wstring& folder, const std::wstring& name) {
 
 class Collector {
 public:
-    Collector(ModuleHost& host, const std::function<void(const std::string&)>& fail)
-        : host_(host), fail_(fail) {}
+    Collector(ModuleHost& host, const FailureReport& fail) : host_(host), fail_(fail) {}
 
     void Add(std::wstring file) { files_.push_back(std::move(file)); }
 
@@ -44,7 +45,9 @@ public:
             Fail(top, "no files in it whose names the module handles");
     }
 
-    void Fail(const std::wstring& path, const std::string& reason) { fail_(ToolError(path, reason).what()); }
+    void Fail(const std::wstring& path, const std::string& reason) {
+        fail_(path, ToolError(path, reason).what());
+    }
 
     std::vector<std::wstring> Take() { return std::move(files_); }
 
@@ -57,14 +60,14 @@ private:
     }
 
     ModuleHost& host_;
-    const std::function<void(const std::string&)>& fail_;
+    const FailureReport& fail_;
     std::vector<std::wstring> files_;
 };
 
 } // namespace
 
 std::vector<std::wstring> CollectFiles(ModuleHost& host, const std::vector<std::wstring>& named, bool recurse,
-                                       const std::function<void(const std::string&)>& fail) {
+                                       const FailureReport& fail) {
     Collector collector(host, fail);
     for (const std::wstring& path : named) {
         if (os::KindOfPath(path) != os::PathKind::kFolder)

@@ -46,7 +46,36 @@ Json IndexObject(const IndexScan& index) {
             {"matchesFrames", index.matchesFrames}};
 }
 
-Json ScanObject(const StreamScan& scan) {
+/// Null for what the frame does not tell.
+Json Told(const std::optional<std::int64_t>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+Json EncoderFrameObject(const FileClaims& claims) {
+    if (!claims.encoderFrame)
+        return nullptr;
+    const EncoderFrame& frame = *claims.encoderFrame;
+    return {{"name", frame.name},
+            {"offset", frame.offset},
+            {"frames", Told(frame.frames)},
+            {"bytes", Told(frame.bytes)},
+            {"quality", Told(frame.quality)},
+            {"tableOfContents", frame.hasTableOfContents},
+            {"encoder", frame.encoder.empty() ? Json(nullptr) : Json(frame.encoder)},
+            {"delaySamples", Told(frame.delay)},
+            {"paddingSamples", Told(frame.padding)},
+            {"soundSamples", Told(frame.SoundSamples(claims.samplesPerFrame))}};
+}
+
+Json ClaimsObject(const FileClaims& claims) {
+    Json tags = Json::array();
+    for (const auto* some : {&claims.tags.leading, &claims.tags.trailing})
+        for (const FileTag& tag : *some)
+            tags.push_back({{"name", tag.name}, {"offset", tag.offset}, {"bytes", tag.bytes}});
+    return {{"encoderFrame", EncoderFrameObject(claims)}, {"tags", tags}};
+}
+
+Json CountedObject(const StreamScan& scan) {
     return {{"index", scan.index ? IndexObject(*scan.index) : Json(nullptr)},
             {"infoFrame", scan.hasInfoFrame},
             {"firstFrameOffset", scan.firstHeader.firstFrameOffset},
@@ -59,18 +88,23 @@ Json ScanObject(const StreamScan& scan) {
             {"highestBitRate", scan.highestBitRate},
             {"averageBitRate", std::llround(scan.AverageBitRate())},
             {"frames", scan.frames},
-            {"samplesPerFrame", scan.samplesPerFrame},
-            {"delaySamples", scan.delaySamples},
-            {"samples", scan.Samples()},
-            {"seconds", scan.Seconds()}};
+            {"samplesPerFrame", scan.samplesPerFrame}};
 }
 
 } // namespace
 
 nlohmann::ordered_json JsonReport(const FileReport& report) {
-    return {{"file", os::NarrowToUtf8(report.file)},      {"bytes", report.scan.fileBytes},
-            {"classByName", report.classByName},          {"probe", ProbeObject(report)},
-            {"sampleReader", SampleReaderObject(report)}, {"scan", ScanObject(report.scan)}};
+    const StreamScan& scan = report.scan;
+    return {{"file", os::NarrowToUtf8(report.file)},
+            {"bytes", scan.fileBytes},
+            {"claimed", ClaimsObject(report.claims)},
+            {"counted", CountedObject(scan)},
+            {"delivered",
+             {{"delaySamples", scan.delaySamples}, {"samples", scan.Samples()}, {"seconds", scan.Seconds()}}},
+            {"module",
+             {{"classByName", report.classByName},
+              {"probe", ProbeObject(report)},
+              {"sampleReader", SampleReaderObject(report)}}}};
 }
 
 } // namespace mpatool

@@ -92,8 +92,13 @@ InfoOptions ToInfoOptions(const RawOptions& raw) {
 }
 
 IndexOptions ToIndexOptions(const RawOptions& raw) {
-    return {
-        WidenAll(raw.indexFiles), os::WidenUtf8(raw.module), raw.force, raw.verify, raw.recurse, raw.jobs};
+    return {WidenAll(raw.indexFiles),
+            os::WidenUtf8(raw.module),
+            raw.force,
+            raw.verify,
+            raw.recurse,
+            raw.json,
+            raw.jobs};
 }
 
 CheckOptions ToCheckOptions(const RawOptions& raw) {
@@ -125,7 +130,7 @@ WaveformOptions ToWaveformOptions(const RawOptions& raw) {
 }
 
 SelftestOptions ToSelftestOptions(const RawOptions& raw) {
-    return {os::WidenUtf8(raw.module), os::WidenUtf8(raw.streams)};
+    return {os::WidenUtf8(raw.module), os::WidenUtf8(raw.streams), raw.json};
 }
 
 } // namespace mpatool

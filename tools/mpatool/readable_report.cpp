@@ -74,7 +74,7 @@ std::string ProbeResult(std::int32_t result) {
 }
 
 void AddProbe(Page& page, const FileReport& report) {
-    page.Section("probe");
+    page.Section("reported by the module: probe");
     page.Line("result", ProbeResult(report.probeResult));
     if (!report.probe)
         return;
@@ -87,7 +87,7 @@ void AddProbe(Page& page, const FileReport& report) {
 }
 
 void AddSampleReader(Page& page, const FileReport& report) {
-    page.Section("sample reader");
+    page.Section("reported by the module: sample reader");
     if (!report.pcm) {
         page.Line("result", report.sampleReaderOpened ? "no format" : "cannot be opened");
         return;
@@ -112,9 +112,51 @@ std::string BitRateText(const StreamScan& scan) {
            KilobitsPerSecond(scan.highestBitRate);
 }
 
-void AddScan(Page& page, const StreamScan& scan) {
+std::string DurationText(std::int64_t samples, double sampleRate) {
+    return FormatTime(static_cast<double>(samples) / sampleRate) + " (" + std::to_string(samples) +
+           " samples)";
+}
+
+void AddNumber(Page& page, std::string_view label, const std::optional<std::int64_t>& value,
+               const std::string& unit) {
+    if (value)
+        page.Line(label, std::to_string(*value) + unit);
+}
+
+void AddEncoderFrame(Page& page, const FileReport& report) {
+    if (!report.claims.encoderFrame) {
+        page.Line("encoder's frame", "none");
+        return;
+    }
+    const EncoderFrame& frame = *report.claims.encoderFrame;
+    page.Line("encoder's frame", "\"" + frame.name + "\" at byte " + std::to_string(frame.offset));
+    AddNumber(page, "frames", frame.frames, "");
+    AddNumber(page, "bytes", frame.bytes, "");
+    AddNumber(page, "quality", frame.quality, "");
+    page.Line("table of contents", frame.hasTableOfContents ? "yes" : "no");
+    if (!frame.encoder.empty())
+        page.Line("encoder", frame.encoder);
+    AddNumber(page, "encoder delay", frame.delay, " samples");
+    AddNumber(page, "encoder padding", frame.padding, " samples");
+    if (const auto samples = frame.SoundSamples(report.claims.samplesPerFrame))
+        page.Line("sound", DurationText(*samples, report.scan.firstHeader.sampleRate));
+}
+
+void AddClaims(Page& page, const FileReport& report) {
+    const FileTags& tags = report.claims.tags;
+    page.Section("claimed by the file");
+    AddEncoderFrame(page, report);
+    if (tags.leading.empty() && tags.trailing.empty())
+        page.Line("tags", "none");
+    for (const auto* some : {&tags.leading, &tags.trailing})
+        for (const FileTag& tag : *some)
+            page.Line("tag", tag.name + " at byte " + std::to_string(tag.offset) + ", " +
+                                 std::to_string(tag.bytes) + " bytes");
+}
+
+void AddCounts(Page& page, const StreamScan& scan) {
     const char* version = scan.firstHeader.lsf != 0 ? "MPEG-2/2.5 " : "MPEG-1 ";
-    page.Section("scan");
+    page.Section("counted");
     page.Line("stream", version + Layer(scan.firstHeader.layer) + ", " + Hz(scan.firstHeader.sampleRate) +
                             ", " + Channels(scan.firstHeader.channels));
     page.Line("index", IndexText(scan));
@@ -124,8 +166,12 @@ void AddScan(Page& page, const StreamScan& scan) {
     page.Line("average", KilobitsPerSecond(scan.AverageBitRate()));
     page.Line("frames",
               std::to_string(scan.frames) + " of " + std::to_string(scan.samplesPerFrame) + " samples");
+}
+
+void AddDelivered(Page& page, const StreamScan& scan) {
+    page.Section("delivered, by these counts");
     page.Line("decoder delay", std::to_string(scan.delaySamples) + " samples");
-    page.Line("duration", FormatTime(scan.Seconds()) + " (" + std::to_string(scan.Samples()) + " samples)");
+    page.Line("duration", DurationText(scan.Samples(), scan.firstHeader.sampleRate));
 }
 
 } // namespace
@@ -133,11 +179,14 @@ void AddScan(Page& page, const StreamScan& scan) {
 std::string ReadableReport(const FileReport& report) {
     Page page(os::NarrowToUtf8(report.file));
     page.Line("size", std::to_string(report.scan.fileBytes) + " bytes");
+    AddClaims(page, report);
+    AddCounts(page, report.scan);
+    AddDelivered(page, report.scan);
+    page.Section("reported by the module");
     page.Line("class by name",
               report.classByName != 0 ? NumberWithLayer(report.classByName, kClassBase) : "none");
     AddProbe(page, report);
     AddSampleReader(page, report);
-    AddScan(page, report.scan);
     return page.Take();
 }
 

@@ -1,5 +1,7 @@
 #include "mpatool/selftest_command.h"
 
+#include "mpatool/json_document.h"
+#include "mpatool/module_host.h"
 #include "mpatool/module_place.h"
 #include "mpatool/selftest/checks.h"
 #include "mpatool/selftest/streams.h"
@@ -10,7 +12,10 @@
 #include "os/private_folder.h"
 #include "os/shared_library.h"
 
+#include <nlohmann/json.hpp>
+
 #include <array>
+#include <sstream>
 #include <string_view>
 
 namespace mpatool {
@@ -72,6 +77,40 @@ void PutStreams(os::PrivateFolder& folder) {
     require(folder.AddFile(kErrorFile, ""));
 }
 
+/// Takes in what the checks print and passes it on: at once, or as a document at the end.
+class Report {
+public:
+    explicit Report(bool json) : json_(json) {}
+
+    void Add(std::string_view text) {
+        if (json_)
+            lines_ += text;
+        else
+            Print(text);
+    }
+
+    void Finish(const std::wstring& module, bool good) const {
+        using Json = nlohmann::ordered_json;
+        if (!json_)
+            return;
+        Json checks = Json::array();
+        std::istringstream lines(lines_);
+        for (std::string line; std::getline(lines, line);) {
+            const bool isGood = line.starts_with(kGoodStart);
+            if (isGood || line.starts_with(kBadStart))
+                checks.push_back({{"good", isGood}, {"text", line.substr(kGoodStart.size())}});
+        }
+        PrintJson({{"schema", SchemaOf("selftest")},
+                   {"module", os::NarrowToUtf8(module)},
+                   {"good", good},
+                   {"checks", checks}});
+    }
+
+private:
+    const bool json_;
+    std::string lines_;
+};
+
 } // namespace
 
 int RunSelftest(const SelftestOptions& options) {
@@ -88,12 +127,15 @@ int RunSelftest(const SelftestOptions& options) {
                        .workingFolder = L"",
                        .errorFile = folder.PathOf(kErrorFile)}))
         throw ToolError(os::ExecutablePath(), "cannot be started once more for the checks");
+    Report report(options.json);
     std::array<std::uint8_t, 4096> buffer = {};
     while (const std::size_t size = checks.ReadOutput(buffer))
-        Print(TextOf(std::span(buffer).first(size)));
+        report.Add(TextOf(std::span(buffer).first(size)));
     const int status = checks.Wait();
     if (status != kExitSuccess && status != kExitFailure)
-        Print("BAD   the module brought the program down: exit status " + std::to_string(status) + "\n");
+        report.Add(std::string(kBadStart) + "the module brought the program down: exit status " +
+                   std::to_string(status) + "\n");
+    report.Finish(options.module.empty() ? DefaultModulePath() : options.module, status == kExitSuccess);
     return status == kExitSuccess ? kExitSuccess : kExitFailure;
 }
 

@@ -35,16 +35,15 @@ public:
         if (file_.OpenFile(path_.c_str(), TRCT_OPEN_FOR_READING) != 1)
             throw ToolError(path_, "cannot be opened");
         result_.fileBytes = file_.GetLength();
-        leadingTags_ = LeadingTags(window_, result_.fileBytes);
-        begin_ = leadingTags_.empty() ? 0 : leadingTags_.back().End();
-        trailingTags_ = TrailingTags(window_, begin_, result_.fileBytes);
-        end_ = trailingTags_.empty() ? result_.fileBytes : trailingTags_.front().offset;
+        tags_ = FindTags(window_, result_.fileBytes);
+        begin_ = tags_.Begin();
+        end_ = tags_.End(result_.fileBytes);
         FindStart();
-        AddTags(FindingKind::kLeadingTag, leadingTags_);
+        AddTags(FindingKind::kLeadingTag, tags_.leading);
         LookBetween(begin_, result_.format.firstFrameOffset);
         Walk();
         LookAtEnd();
-        AddTags(FindingKind::kTrailingTag, trailingTags_);
+        AddTags(FindingKind::kTrailingTag, tags_.trailing);
         LookAtIndex();
         return std::move(result_);
     }
@@ -94,7 +93,7 @@ private:
     void AddTags(FindingKind kind, const std::vector<FileTag>& tags) {
         for (const FileTag& tag : tags) {
             Finding finding = result_.At(kind, tag.offset, tag.End());
-            finding.detail = tag.name;
+            finding.detail = tag.name + " tag";
             finding.bytes = tag.bytes;
             result_.findings.Add(finding);
         }
@@ -196,8 +195,7 @@ private:
     trnmpa::SourceWindow window_;
     GapCheck gaps_;
     FrameCheck frameCheck_;
-    std::vector<FileTag> leadingTags_;
-    std::vector<FileTag> trailingTags_;
+    FileTags tags_;
     std::int64_t begin_ = 0; ///< of what lies between the tags
     std::int64_t end_ = 0;
     std::int64_t position_ = 0; ///< the end of the last frame

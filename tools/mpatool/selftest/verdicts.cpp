@@ -7,11 +7,11 @@ namespace mpatool {
 void Verdicts::Check(const std::string& name, bool good, const std::string& detail) {
     ++checks_;
     if (good) {
-        Print("good  " + name + "\n");
+        Print(std::string(kGoodStart) + name + "\n");
         return;
     }
     ++failures_;
-    Print("BAD   " + name + (detail.empty() ? "" : ": " + detail) + "\n");
+    Print(std::string(kBadStart) + name + (detail.empty() ? "" : ": " + detail) + "\n");
 }
 
 void Verdicts::CheckResult(const std::string& name, std::int64_t wanted, std::int64_t found) {

@@ -3,8 +3,13 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace mpatool {
+
+/// What the lines begin with.
+inline constexpr std::string_view kGoodStart = "good  ";
+inline constexpr std::string_view kBadStart = "BAD   ";
 
 /// Prints verdicts as they come: should the module bring the program down, what was found before stands.
 class Verdicts {
