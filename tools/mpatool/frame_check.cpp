@@ -35,9 +35,9 @@ std::optional<int> AllocationTable(const DecoderHeader& header) {
     constexpr int kLsfTable = 4;
     if (header.lowSamplingFrequency != 0)
         return kLsfTable;
-    const int table =
+    const std::int8_t table =
         trnmpa::tables::kAllocationTable[header.channels - 1][header.sampleRateIndex][header.bitRateIndex];
-    return table >= 0 ? std::optional(table) : std::nullopt;
+    return table >= 0 ? std::optional(int{table}) : std::nullopt;
 }
 
 /// Bits of allocation and scale-factor selection (2.4.1.6).
