@@ -9,14 +9,16 @@ import subprocess
 import sys
 import xml.etree.ElementTree
 import zlib
+from pathlib import Path
 
 SVG = "{http://www.w3.org/2000/svg}"
 BOX = re.compile(r"M(-?\d+) (-?\d+)h(\d+)v(\d+)h-(\d+)z")
 
 
 def draw(tool, sample, *options):
-    command = [*tool, "waveform", sample, "-o", "-", "--bitrate", "--frames", *options]
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE).stdout
+    # By its bare name: on Windows a slash at the front begins an option.
+    command = [*tool, "waveform", sample.name, "-o", "-", "--bitrate", "--frames", *options]
+    return subprocess.run(command, check=True, stdout=subprocess.PIPE, cwd=sample.parent).stdout
 
 
 def color_of(text):
@@ -81,7 +83,7 @@ def compare(tool, sample, *options):
 
 
 def main():
-    sample, *tool = sys.argv[1:]
+    sample, *tool = (Path(argument).resolve() for argument in sys.argv[1:])
     compare(tool, sample)
     compare(tool, sample, "--width", "901", "--height", "333", "--start", "1s", "--length", "5000")
     compare(tool, sample, "--width", "3300", "--height", "1000", "--start", "100", "--length", "300")
