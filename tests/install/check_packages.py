@@ -90,6 +90,8 @@ def check_windows(archive, folder):
                      "include/trnmpafileread/trnmpafileread/plugin.h", "share/doc/trnmpafileread/docs/ABI.md",
                      "share/doc/trnmpafileread/examples/plugin_host.cpp",
                      "share/doc/trnmpafileread/licences/libmpg123-dev.txt",
+                     "share/doc/trnmpafileread/licences/libpng-dev.txt",
+                     "share/doc/trnmpafileread/licences/libz-mingw-w64-dev.txt",
                      "share/doc/trnmpafileread/licences/gcc-mingw-w64-base.txt"])
     os.environ["WINEPREFIX"] = str(folder / "wine")
     run(EMULATOR, "wineboot", "--init", stdout=subprocess.DEVNULL)
