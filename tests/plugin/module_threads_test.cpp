@@ -148,10 +148,12 @@ TEST_F(ModuleThreads, ManyFilesWhileAnIndexOfAnotherIsBuilt) {
         return all;
     };
     const std::vector<std::string> alone = Alone(work);
-    const Background builder([this](int) { BuildIndex(one_); });
-    const Background settings([this](int round) { ChangeSettings(round); });
-    builder.Await(1);
-    EXPECT_EQ(OnThreads(work), alone);
+    {
+        const Background builder([this](int) { BuildIndex(one_); });
+        const Background settings([this](int round) { ChangeSettings(round); });
+        builder.Await(1);
+        EXPECT_EQ(OnThreads(work), alone);
+    }
     EXPECT_EQ(ReadFile(folder_.Path() / "one.mp3.idx"), IndexOf(stream_).ToBytes());
 }
 
