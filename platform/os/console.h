@@ -1,6 +1,10 @@
 /// The process's command line, its standard streams and its end.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +24,11 @@ int ErrorTerminalColumns();
 
 /// Writes UTF-8 text to standard error, also where the console has another encoding. Failures are ignored.
 void WriteErrorText(std::string_view text);
+
+/// Waits for bytes on standard input and reads what has come, at most what `destination` holds; 0 at its end.
+/// Nothing on a failure, which LastErrorText names, and when InterruptRequested came in while waiting (on
+/// Windows, where a pipe is waited for all the same, right behind it).
+std::optional<std::size_t> ReadStandardInput(std::span<std::uint8_t> destination);
 
 /// To be called first in a program. From now on:
 /// - a write to a closed pipe fails instead of ending the process;

@@ -7,6 +7,8 @@
 
 namespace os {
 
+class OutputFile;
+
 /// A folder among the system's temporary files that goes, with all that was put there through this object, at
 /// the end of the object's life. Only this user may look into it where the system knows such folders. Not
 /// thread-safe.
@@ -18,7 +20,7 @@ public:
     ~PrivateFolder() { Remove(); }
 
     /// Makes the folder under a name that begins with `nameStart`; once for each object. False on failure, as
-    /// with the next two, which want it made; ErrorText then says why.
+    /// with the next ones, which want it made; ErrorText then says why.
     bool Create(const std::wstring& nameStart);
 
     /// Its full path, without a separator at the end; empty before Create.
@@ -28,6 +30,8 @@ public:
     /// is loaded through one is taken for standing there, else a copy.
     bool AddLibrary(const std::wstring& library);
 
+    /// Makes a new file of that name, for `file` to write.
+    bool AddFile(const std::wstring& name, OutputFile& file);
     /// Writes a small file.
     bool AddFile(const std::wstring& name, std::string_view bytes);
 

@@ -39,7 +39,8 @@ class Bench:
 
     def run(self, command, **options):
         print("+", *command, flush=True)
-        return subprocess.run([str(part) for part in command], check=True, text=True, capture_output=True, **options)
+        return subprocess.run([str(part) for part in command], check=True, text=True, errors="replace",
+                              capture_output=True, **options)
 
     def place(self, name):
         """A folder of its own for a block, with files to work on."""

@@ -1,6 +1,7 @@
 #include "mpatool/check_command.h"
 
 #include "mpatool/check_report.h"
+#include "mpatool/input_file.h"
 #include "mpatool/json_document.h"
 #include "mpatool/module_host.h"
 #include "mpatool/module_place.h"
@@ -60,8 +61,12 @@ int ForEachFile(const CheckOptions& options, Show show, Fail fail) {
         if (os::InterruptRequested())
             throw Interrupted();
         try {
-            StreamCheckResult result = CheckStream(file);
-            CheckDecode(host, decoder, file, result);
+            const InputFile input(file);
+            const StreamCheckResult result = input.Use([&](const std::wstring& path) {
+                StreamCheckResult found = CheckStream(path);
+                CheckDecode(host, decoder, path, found);
+                return found;
+            });
             isDamaged |= result.findings.HasDamage();
             show(file, result);
         } catch (const ToolError& error) {

@@ -44,9 +44,11 @@ void AddStretchOptions(CLI::App& command, RawOptions& raw, const std::string& ve
 CLI::App* AddInfoCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* info = app.add_subcommand(
         "info", "Show what files claim, what they hold and what the module tells about them");
-    info->add_option("FILE", raw.infoFiles, "MPEG audio files")->required()->type_name("");
+    info->add_option("FILE", raw.infoFiles, "MPEG audio files; - for standard input")
+        ->required()
+        ->type_name("");
     info->add_flag("--json", raw.json, "Print a JSON document");
-    info->footer(std::string(kInfoFooter) + kExitFooter);
+    info->footer(std::string(kInfoFooter) + kInputFooter + kExitFooter);
     return info;
 }
 
@@ -102,10 +104,10 @@ CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
 
 CLI::App* AddFramesCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* frames = app.add_subcommand("frames", "List the frames of a file");
-    frames->add_option("FILE", raw.file, "MPEG audio file")->required()->type_name("");
+    frames->add_option("FILE", raw.file, "MPEG audio file; - for standard input")->required()->type_name("");
     CLI::Option* json = frames->add_flag("--json", raw.json, "Print a JSON document");
     frames->add_flag("--csv", raw.csv, "Print comma-separated values below a line of names")->excludes(json);
-    frames->footer(std::string(kFramesFooter) + kExitFooter);
+    frames->footer(std::string(kFramesFooter) + kInputFooter + kExitFooter);
     return frames;
 }
 
@@ -140,9 +142,11 @@ CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
 
 CLI::App* AddCheckCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* check = app.add_subcommand("check", "Look for damage in files");
-    check->add_option("FILE", raw.checkFiles, "MPEG audio files")->required()->type_name("");
+    check->add_option("FILE", raw.checkFiles, "MPEG audio files; - for standard input")
+        ->required()
+        ->type_name("");
     check->add_flag("--json", raw.json, "Print a JSON document");
-    check->footer(std::string(kCheckFooter) + kExitFooter);
+    check->footer(std::string(kCheckFooter) + kInputFooter + kExitFooter);
     return check;
 }
 

@@ -1,6 +1,7 @@
 #include "mpatool/frames_command.h"
 
 #include "mpatool/frame_row.h"
+#include "mpatool/input_file.h"
 #include "mpatool/json_document.h"
 #include "mpatool/module_place.h"
 #include "mpatool/stream_walk.h"
@@ -66,10 +67,12 @@ void PrintFrames(StreamWalk& walk, std::int32_t delay, const FramesOptions& opti
 } // namespace
 
 void RunFrames(const FramesOptions& options) {
+    std::optional<InputFile> input;
     std::optional<StreamWalk> walk;
     std::int32_t delay = 0;
     try {
-        walk.emplace(options.file);
+        input.emplace(options.file);
+        input->Use([&](const std::wstring& path) { walk.emplace(path); });
         delay = walk->DelaySamples(DecoderBySettings(options.module));
     } catch (const ToolError& error) {
         if (options.form == TableForm::kJson)

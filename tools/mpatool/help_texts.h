@@ -13,6 +13,12 @@ inline constexpr const char* kExitFooter = R"(Exit status:
   3    check has found damage, and all files could be checked
   130  ended by Ctrl-C; nothing half-made was left)";
 
+inline constexpr const char* kInputFooter =
+    R"(What comes by standard input is kept in a private temporary file, as long as what arrives, and
+removed at the end. A file of the name - is ./-.
+
+)";
+
 inline constexpr const char* kInfoFooter =
     R"(Three sources are kept apart, for they may well differ:
   claimed    what the file says of itself: the encoder's frame ("Info", "Xing" or "VBRI") with the

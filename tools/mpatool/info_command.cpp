@@ -1,6 +1,7 @@
 #include "mpatool/info_command.h"
 
 #include "mpatool/file_report.h"
+#include "mpatool/input_file.h"
 #include "mpatool/json_document.h"
 #include "mpatool/module_place.h"
 #include "mpatool/text_output.h"
@@ -26,7 +27,9 @@ int ForEachFile(const InfoOptions& options, Show show, Fail fail) {
             throw Interrupted();
         std::optional<FileReport> report;
         try {
-            report = MakeReport(host, decoder, file);
+            const InputFile input(file);
+            report = input.Use([&](const std::wstring& path) { return MakeReport(host, decoder, path); });
+            report->file = file;
         } catch (const ToolError& error) {
             status = kExitFailure;
             PrintError(error.what());

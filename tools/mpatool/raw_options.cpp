@@ -1,8 +1,11 @@
 #include "mpatool/raw_options.h"
 
+#include "mpatool/input_file.h"
 #include "mpatool/kernel_choice.h"
 #include "mpatool/tool_error.h"
 #include "os/paths.h"
+
+#include <algorithm>
 
 namespace mpatool {
 
@@ -33,6 +36,14 @@ std::vector<std::wstring> WidenAll(const std::vector<std::string>& texts) {
     for (const std::string& text : texts)
         wide.push_back(os::WidenUtf8(text));
     return wide;
+}
+
+/// Files, one of which may be standard input.
+std::vector<std::wstring> WidenInputs(const std::vector<std::string>& texts) {
+    std::vector<std::wstring> files = WidenAll(texts);
+    if (std::ranges::count(files, kStandardInput) > 1)
+        throw UsageError("-: standard input can be read once only");
+    return files;
 }
 
 OutputOptions ToOutputOptions(const RawOptions& raw) {
@@ -88,7 +99,7 @@ SlicesOptions ToSlicesOptions(const RawOptions& raw) {
 }
 
 InfoOptions ToInfoOptions(const RawOptions& raw) {
-    return {WidenAll(raw.infoFiles), os::WidenUtf8(raw.module), raw.json};
+    return {WidenInputs(raw.infoFiles), os::WidenUtf8(raw.module), raw.json};
 }
 
 IndexOptions ToIndexOptions(const RawOptions& raw) {
@@ -102,7 +113,7 @@ IndexOptions ToIndexOptions(const RawOptions& raw) {
 }
 
 CheckOptions ToCheckOptions(const RawOptions& raw) {
-    return {WidenAll(raw.checkFiles), os::WidenUtf8(raw.module), raw.json};
+    return {WidenInputs(raw.checkFiles), os::WidenUtf8(raw.module), raw.json};
 }
 
 FramesOptions ToFramesOptions(const RawOptions& raw) {

@@ -1,5 +1,6 @@
 #include "os/console.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -52,6 +53,17 @@ void WriteErrorText(std::string_view text) {
             return;
         text.remove_prefix(static_cast<std::size_t>(written));
     }
+}
+
+std::optional<std::size_t> ReadStandardInput(std::span<std::uint8_t> destination) {
+    while (!InterruptRequested()) {
+        const ssize_t bytes = read(STDIN_FILENO, destination.data(), destination.size());
+        if (bytes >= 0)
+            return static_cast<std::size_t>(bytes);
+        if (errno != EINTR)
+            return std::nullopt;
+    }
+    return std::nullopt;
 }
 
 void PrepareProcess() {

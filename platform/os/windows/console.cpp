@@ -8,6 +8,7 @@
 #include <shellapi.h>
 // clang-format on
 
+#include <algorithm>
 #include <atomic>
 
 namespace os {
@@ -66,6 +67,18 @@ void WriteErrorText(std::string_view text) {
         return;
     }
     WriteFile(stream, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+}
+
+std::optional<std::size_t> ReadStandardInput(std::span<std::uint8_t> destination) {
+    constexpr std::size_t kMostBytes = std::size_t{1} << 20;
+    DWORD bytes = 0;
+    const auto wanted = static_cast<DWORD>(std::min(destination.size(), kMostBytes));
+    const BOOL good = ReadFile(GetStdHandle(STD_INPUT_HANDLE), destination.data(), wanted, &bytes, nullptr);
+    if (InterruptRequested())
+        return std::nullopt;
+    // How a pipe ends whose other end was closed.
+    const bool isEnd = good == 0 && GetLastError() == ERROR_BROKEN_PIPE;
+    return good != 0 || isEnd ? std::optional<std::size_t>(bytes) : std::nullopt;
 }
 
 void PrepareProcess() {

@@ -114,14 +114,15 @@ def main():
     parser.add_argument("tool", type=Path)
     parser.add_argument("manual", type=Path)
     options = parser.parse_args()
+    manual = options.manual.resolve()
     program = Help(output_of(options.tool, "--help"))
     commands = {name: Help(output_of(options.tool, name, "--help")) for name in program.commands}
     require(len(commands) >= 7 and "-o" in commands["decode"].options, "the words of --help are not found")
-    check_page(options.manual / "man/man1/mpatool.1", program, commands)
+    check_page(manual / "man/man1/mpatool.1", program, commands)
     with tempfile.TemporaryDirectory() as name:
-        check_bash(options.manual / "bash-completion/completions/mpatool", options.tool.resolve(), program, commands,
+        check_bash(manual / "bash-completion/completions/mpatool", options.tool.resolve(), program, commands,
                    Path(name))
-    check_zsh(options.manual / "zsh/site-functions/_mpatool", program, commands)
+    check_zsh(manual / "zsh/site-functions/_mpatool", program, commands)
     print(f"{len(commands)} commands, {sum(len(text.options) for text in commands.values())} options")
 
 
