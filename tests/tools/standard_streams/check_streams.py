@@ -26,7 +26,10 @@ class Tool:
         self.command, self.folder = command, folder
         self.temporary = folder / "temporary"
         self.temporary.mkdir()
-        self.environment = dict(os.environ, TMPDIR=str(self.temporary))
+        self.environment = dict(os.environ)
+        # An emulator has temporary files of its own, and shows its programs others.
+        if len(command) == 1:
+            self.environment["TMPDIR"] = str(self.temporary)
 
     def run(self, *arguments, data=b"", status=0):
         print("+ mpatool", *arguments, flush=True)
