@@ -53,7 +53,7 @@ bool KwMpAudioReader::ReadSlice(std::int64_t slice, PcmSlice& result) {
     result.format = format;
     if (!isServed)
         return false;
-    result.data = room;
+    result.data = filled > 0 ? room : nullptr;
     result.length = static_cast<std::int32_t>(filled);
     return true;
 }
