@@ -70,6 +70,7 @@ protected:
     Json Info(const std::string& file) const {
         const ProcessResult result = Run({"info", "--json", file});
         EXPECT_EQ(result.exitStatus, 0) << result.error;
+        EXPECT_TRUE(Json::accept(result.output)) << result.output << result.error;
         return Json::parse(result.output).at("files").at(0);
     }
 
