@@ -22,6 +22,7 @@ std::vector<std::string> Flags(const CommandText& command) {
 
 std::vector<std::string> Names(const std::vector<CommandText>& commands) {
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const CommandText& command : commands)
         names.push_back(command.name);
     return names;
@@ -54,7 +55,7 @@ std::string BashValues(const CommandText& command, const std::string& name) {
             continue;
         std::vector<std::string> cases;
         for (const std::string& flag : option.flags)
-            cases.push_back(name + ":" + flag);
+            cases.push_back(std::string(name).append(":").append(flag));
         text += "        " + Joined(cases, "|") + ") ";
         if (!option.choices.empty())
             text += BashReply("-W '" + Joined(option.choices, " ") + "'");

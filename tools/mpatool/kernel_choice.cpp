@@ -27,6 +27,7 @@ constexpr std::array<NamedKernels, 4> kKernels = {{
 
 std::vector<std::string> KernelNames() {
     std::vector<std::string> names;
+    names.reserve(kKernels.size());
     for (const NamedKernels& kernels : kKernels)
         names.emplace_back(kernels.name);
     return names;

@@ -17,7 +17,7 @@ constexpr unsigned char kUntouched = 0xCC;
 template <typename Record>
 struct Guarded {
     Record record;
-    std::array<unsigned char, 32> guard;
+    std::array<unsigned char, 32> guard{};
 
     Guarded() {
         std::memset(&record, kUntouched, sizeof record);

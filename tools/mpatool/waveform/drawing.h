@@ -61,7 +61,7 @@ struct Box {
 
 /// Boxes of one meaning.
 struct Boxes {
-    Ink ink;
+    Ink ink = Ink::kPaper;
     std::vector<Box> boxes;
 };
 

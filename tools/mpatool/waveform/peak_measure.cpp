@@ -13,8 +13,8 @@ namespace {
 constexpr std::size_t kLanes = 16;
 
 struct Lanes {
-    std::array<std::int16_t, kLanes> lowest;
-    std::array<std::int16_t, kLanes> highest;
+    std::array<std::int16_t, kLanes> lowest{};
+    std::array<std::int16_t, kLanes> highest{};
     std::array<std::uint64_t, kLanes> squares{};
 };
 

@@ -72,7 +72,8 @@ std::int64_t ChooseStep(const Axis& axis, std::int32_t pixels, std::int64_t mult
 
 /// With as many decimal places as the step has.
 std::string LabelOf(std::int64_t time, std::int64_t step) {
-    std::string label = FormatWholeSeconds(static_cast<double>(time / kMicrosecondsPerSecond));
+    const std::int64_t seconds = time / kMicrosecondsPerSecond;
+    std::string label = FormatWholeSeconds(static_cast<double>(seconds));
     if (step >= kMicrosecondsPerSecond)
         return label;
     std::array<char, 16> fraction{};
