@@ -1,6 +1,7 @@
-/// The wall between the plain C functions and their callers.
+/// What the plain C functions answer where something is thrown.
 #pragma once
 
+#include "plugin/boundary.h"
 #include "trnmpafileread/c_api.h"
 
 #include <new>
@@ -8,16 +9,18 @@
 
 namespace trnmpa {
 
-/// Runs an operation that gives a trnmpa_result; what it throws becomes one.
+/// Runs an operation that gives a trnmpa_result behind the wall; want of memory has an answer of its own.
 template <typename Operation>
 trnmpa_result Answer(Operation&& operation) noexcept {
-    try {
-        return operation();
-    } catch (const std::bad_alloc&) {
-        return TRNMPA_ERROR_MEMORY;
-    } catch (...) {
-        return TRNMPA_ERROR_UNEXPECTED;
-    }
+    return Guarded(
+        [&]() -> trnmpa_result {
+            try {
+                return operation();
+            } catch (const std::bad_alloc&) {
+                return TRNMPA_ERROR_MEMORY;
+            }
+        },
+        TRNMPA_ERROR_UNEXPECTED);
 }
 
 /// What keeps the engines from opening `path`, of which they tell only that they did not.
