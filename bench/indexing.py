@@ -43,6 +43,7 @@ def opening(tools, work, rounds):
     base = programs.peak_kib([tools / "index_bench", "open", small])
     peak = programs.peak_kib([tools / "index_bench", "open", large])
     best, median = (statistics.median(float(run.output.split()[i]) for run in runs) for i in (0, 1))
+    decoded = programs.peak_kib([tools / "mpatool", "decode", large, "-o", "-"])
     table = entries[large] * ENTRY_BYTES / 1024
     yield "## Opening with an index"
     yield ""
@@ -50,6 +51,7 @@ def opening(tools, work, rounds):
     yield f"{entries[large]:,} entries (`index_bench open FILE`: 20 opens a run, {rounds} runs): best {best:.1f} ms, median"
     yield f"{median:.1f} ms. Peak memory of the process {peak / MIB:.1f} MiB: {ENTRY_BYTES} bytes an entry,"
     yield f"{table / MIB:.1f} MiB, and {(peak - table) / MIB:.1f} MiB besides; on a short file {base / MIB:.1f} MiB."
+    yield f"Decoding it whole with that index (`mpatool decode FILE -o -`): {decoded / MIB:.1f} MiB."
     yield ""
 
 
