@@ -44,7 +44,7 @@ trnmpa_result OpenEngine(trnmpa::KwMpAudioReader& engine, const std::wstring& pa
                          const trnmpa_slice_options& options) {
     if (engine.Initialize() != 1)
         return TRNMPA_ERROR_MEMORY;
-    if (engine.SetInputFile(path) != 1 || engine.StartRead() != 1)
+    if (engine.SetInputFile(path) != 1 || engine.StartRead() != 1 || !engine.HasMedia())
         return trnmpa::WhyNotOpened(path);
     if (options.slice_time != 0)
         engine.SetPerPcmFrameTime(options.slice_time);

@@ -44,6 +44,9 @@ public:
 
     std::int32_t Initialize();
     std::int32_t SetInputFile(const std::wstring& path);
+    /// After StartRead: whether there are bytes of the media file to be read. StartRead, with an index, does
+    /// not ask.
+    bool HasMedia() const { return stream_.isReady && frames_->Length() > 0; }
     std::int32_t SetPerPcmFrameTime(std::int64_t time);
     std::int32_t StartRead();
     std::int32_t GetOriginalStreamInfo(WAVEFORMATEX& format) const;

@@ -20,6 +20,7 @@ enum class StepKind : std::uint8_t {
     kSlice,   ///< a read that goes on from the one before
     kSeek,    ///< the slices behind it stand by themselves
     kIndex,   ///< building an index
+    kClose,   ///< cannot fail; what is opened behind it stands by itself
 };
 
 struct Step {
@@ -67,6 +68,8 @@ std::unique_ptr<ModuleWalk> WalkSlices(const std::filesystem::path& media, bool 
 std::unique_ptr<ModuleWalk> WalkPlaces(const std::filesystem::path& media);
 /// TRN_MpaFileIndexCreator.
 std::unique_ptr<ModuleWalk> WalkBuilder(const std::filesystem::path& media);
+/// The plain C functions.
+std::unique_ptr<ModuleWalk> WalkC(const std::filesystem::path& media);
 /// The two interfaces that hosts may derive from.
 std::unique_ptr<ModuleWalk> WalkBases();
 
