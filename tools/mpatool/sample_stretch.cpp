@@ -2,6 +2,7 @@
 
 #include "mpatool/exported_class.h"
 #include "mpatool/exported_names.h"
+#include "mpatool/progress_bar.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "os/console.h"
@@ -29,8 +30,7 @@ bool LacksDecoder(ModuleHost& host) {
     return initialize(reader.Get()) == TRN_AUDIO_READER_NO_DECODER;
 }
 
-} // namespace
-
+/// Throws ToolError when there are none, UsageError for a length of 0.
 SampleRange ChooseRange(const std::wstring& file, const StretchChoice& choice, const StreamScan& scan,
                         std::uint32_t sampleRate) {
     const std::int64_t total = scan.Samples();
@@ -47,6 +47,7 @@ SampleRange ChooseRange(const std::wstring& file, const StretchChoice& choice, c
     return {begin, begin + std::min(wanted, total - begin)};
 }
 
+/// Throws ToolError.
 ModuleReader OpenSampleReader(ModuleHost& host, const ModulePlace& place, const std::wstring& file) {
     ModuleReader reader = host.CreateReader(file);
     if (reader.Open(file, TRN_OPEN_SAMPLE_READER) == 1)
@@ -57,6 +58,7 @@ ModuleReader OpenSampleReader(ModuleHost& host, const ModulePlace& place, const 
     throw ToolError(file, "the module cannot open it");
 }
 
+/// Throws ToolError when the samples are not in the format of the frames.
 PcmFormat RequireFormat(ModuleReader& reader, const StreamScan& scan, const std::wstring& file) {
     const auto wave = reader.PcmFormat();
     if (!wave)
@@ -70,7 +72,8 @@ PcmFormat RequireFormat(ModuleReader& reader, const StreamScan& scan, const std:
     return format;
 }
 
-/// What the module takes for constant or not is no measure: at 48000 and 24000 Hz it does not look.
+/// Says that jumps are estimates, where they are. What the module takes for constant or not is no measure: at
+/// 48000 and 24000 Hz it does not look.
 void NoteEstimates(const StreamScan& scan, const std::wstring& file) {
     if (scan.index || (scan.IsConstantBitRate() && scan.isGapless))
         return;
@@ -80,17 +83,43 @@ void NoteEstimates(const StreamScan& scan, const std::wstring& file) {
         ", no index); to be exact, everything before --start is decoded first; --index builds an index");
 }
 
+/// Where reading has to begin so that `begin` is delivered to the bit: a jump is exact only by an index that
+/// lists the very frames of the file.
 std::int64_t ReadFrom(const StreamScan& scan, std::int64_t begin) {
     return scan.index && scan.index->matchesFrames ? begin : 0;
 }
 
-void StretchReader::Read(const SampleRange& range, const Consume& consume) {
+} // namespace
+
+SampleStretch::SampleStretch(ModuleHost& host, const ModulePlace& place, const std::wstring& file,
+                             const StretchChoice& choice)
+    : file_(file), scan_(ScanStream(file, place.InUse())), module_(OpenSampleReader(host, place, file)),
+      format_(RequireFormat(module_, scan_, file)),
+      range_(ChooseRange(file, choice, scan_, format_.sampleRate)) {
+    if (range_.begin > 0)
+        NoteEstimates(scan_, file);
+}
+
+void SampleStretch::Read(const SampleRange& range, const Consume& consume) {
+    const std::int64_t from = ReadFrom(scan_, range.begin);
+    ProgressBar progress(range.end - from, format_.sampleRate);
+    ReadPieces({from, range.begin}, [&](std::span<const std::uint8_t>, std::int64_t position) {
+        progress.Update(position - from);
+    });
+    ReadPieces(range, [&](std::span<const std::uint8_t> pcm, std::int64_t position) {
+        consume(pcm);
+        progress.Update(position - from);
+    });
+}
+
+/// The module answers a request that crosses the end with silence as a whole, so none does.
+void SampleStretch::ReadPieces(const SampleRange& range, const ConsumeAt& consume) {
     for (std::int64_t position = range.begin; position < range.end;) {
         if (os::InterruptRequested())
             throw Interrupted();
         const auto count =
             static_cast<std::uint32_t>(std::min<std::int64_t>(format_.sampleRate, range.end - position));
-        const auto pcm = reader_.Read(position, count);
+        const auto pcm = module_.Read(position, count);
         if (!pcm || pcm->size() != std::size_t{count} * format_.BytesPerSample())
             throw ToolError(file_,
                             "the module cannot decode from sample " + std::to_string(position) + " on");

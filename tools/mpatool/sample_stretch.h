@@ -21,41 +21,37 @@ struct StretchChoice {
     std::optional<StreamLength> length; ///< none: to the end
 };
 
-/// The samples that are meant. Throws ToolError when there are none, UsageError for a length of 0.
-SampleRange ChooseRange(const std::wstring& file, const StretchChoice& choice, const StreamScan& scan,
-                        std::uint32_t sampleRate);
-
-/// The file, opened for reading samples. Throws ToolError.
-ModuleReader OpenSampleReader(ModuleHost& host, const ModulePlace& place, const std::wstring& file);
-
-/// The format of its samples. Throws ToolError when it is not that of the frames.
-PcmFormat RequireFormat(ModuleReader& reader, const StreamScan& scan, const std::wstring& file);
-
-/// Says on standard error that jumps are estimates, where they are.
-void NoteEstimates(const StreamScan& scan, const std::wstring& file);
-
-/// Where reading has to begin so that `begin` is delivered to the bit: a jump is exact only by an index that
-/// lists the very frames of the file.
-std::int64_t ReadFrom(const StreamScan& scan, std::int64_t begin);
-
-/// Reads a stretch of the stream in requests of about a second. The module answers a request that crosses the
-/// end with silence as a whole, so none does.
-class StretchReader {
+/// A file, opened by the module for reading the stretch that was chosen. What it is given must outlive it.
+class SampleStretch {
 public:
-    /// Takes PCM and the sample position behind it.
-    using Consume = std::function<void(std::span<const std::uint8_t> pcm, std::int64_t position)>;
+    /// Takes PCM and nothing else; the pieces follow each other.
+    using Consume = std::function<void(std::span<const std::uint8_t> pcm)>;
 
-    /// What it is given must outlive it.
-    StretchReader(ModuleReader& reader, const PcmFormat& format, const std::wstring& file)
-        : reader_(reader), format_(format), file_(file) {}
+    /// Says on standard error where positions are estimates. Throws ToolError when the file cannot be opened,
+    /// is described in another way than its frames are, or has no such samples, UsageError for a length of 0.
+    SampleStretch(ModuleHost& host, const ModulePlace& place, const std::wstring& file,
+                  const StretchChoice& choice);
 
-    /// Throws ToolError or Interrupted.
+    const StreamScan& Scan() const { return scan_; }
+    const PcmFormat& Format() const { return format_; }
+    /// The samples that are meant.
+    const SampleRange& Range() const { return range_; }
+
+    /// Hands `range`, which may be wider than Range(), to `consume` in pieces of about a second and shows the
+    /// progress. Reads from the start of the stream where a jump would not be exact. Throws ToolError or
+    /// Interrupted.
     void Read(const SampleRange& range, const Consume& consume);
 
 private:
-    ModuleReader& reader_;
-    PcmFormat format_;
+    /// Takes PCM and the sample position behind it.
+    using ConsumeAt = std::function<void(std::span<const std::uint8_t> pcm, std::int64_t position)>;
+    void ReadPieces(const SampleRange& range, const ConsumeAt& consume);
+
     const std::wstring& file_;
+    StreamScan scan_;
+    ModuleReader module_;
+    PcmFormat format_;
+    SampleRange range_;
 };
 
 } // namespace mpatool

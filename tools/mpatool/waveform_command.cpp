@@ -4,9 +4,7 @@
 #include "mpatool/module_host.h"
 #include "mpatool/module_place.h"
 #include "mpatool/output_target.h"
-#include "mpatool/progress_bar.h"
 #include "mpatool/sample_stretch.h"
-#include "mpatool/stream_scan.h"
 #include "mpatool/text_output.h"
 #include "mpatool/tool_error.h"
 #include "mpatool/waveform/picture.h"
@@ -62,18 +60,6 @@ std::string TitleOf(const std::wstring& file, const StreamScan& scan, const Samp
            (isWhole ? time(range.end) : time(range.begin) + " to " + time(range.end));
 }
 
-void ReadPeaks(StretchReader& reader, std::int64_t readFrom, const SampleRange& range,
-               std::uint32_t sampleRate, PeakColumns& peaks) {
-    ProgressBar progress(range.end - readFrom, sampleRate);
-    reader.Read({readFrom, range.begin}, [&](std::span<const std::uint8_t>, std::int64_t position) {
-        progress.Update(position - readFrom);
-    });
-    reader.Read(range, [&](std::span<const std::uint8_t> pcm, std::int64_t position) {
-        peaks.Add(pcm);
-        progress.Update(position - readFrom);
-    });
-}
-
 void WritePicture(const Drawing& drawing, PictureFormat format, const std::string& title,
                   OutputTarget& target) {
     const WriteBytes write = [&](std::string_view bytes) {
@@ -92,13 +78,10 @@ void RunWaveform(const WaveformOptions& options) {
     const PictureFormat pictureFormat = FormatOf(options);
     const ModulePlace place(options.module, std::nullopt);
     ModuleHost host(place.Path());
-    const StreamScan scan = ScanStream(options.file, place.InUse());
-    ModuleReader module = OpenSampleReader(host, place, options.file);
-    const PcmFormat format = RequireFormat(module, scan, options.file);
-    const SampleRange range =
-        ChooseRange(options.file, {options.start, options.length}, scan, format.sampleRate);
-    if (range.begin > 0)
-        NoteEstimates(scan, options.file);
+    SampleStretch stretch(host, place, options.file, {options.start, options.length});
+    const StreamScan& scan = stretch.Scan();
+    const SampleRange& range = stretch.Range();
+    const PcmFormat& format = stretch.Format();
     OutputTarget target(OutputPath(options, pictureFormat), options.file, options.force);
 
     const Contents contents = {format.channels, options.bitRate, HasFrameLanes(options, scan)};
@@ -106,8 +89,7 @@ void RunWaveform(const WaveformOptions& options) {
     const Layout layout = LayOut(options.width, height, contents);
     const Columns columns(range, layout.PlotWidth());
     PeakColumns peaks(columns, format.channels);
-    StretchReader reader(module, format, options.file);
-    ReadPeaks(reader, ReadFrom(scan, range.begin), range, format.sampleRate, peaks);
+    stretch.Read(range, [&](std::span<const std::uint8_t> pcm) { peaks.Add(pcm); });
     std::optional<FrameColumns> frames;
     if (contents.bitRate || contents.frames)
         frames = CollectFrames(options.file, columns, place.InUse(), contents.frames);

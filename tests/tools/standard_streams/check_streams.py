@@ -89,19 +89,20 @@ def check_streams(tool):
     shutil.copyfile(MUSIC, tool.folder / "song.mp3")
     for well in (["info", "song.mp3"], ["info", "song.mp3", "--json"], ["frames", "song.mp3"], ["frames", "song.mp3", "--csv"],
                  ["check", "song.mp3"], ["index", "song.mp3"], ["index", "--verify", "song.mp3", "--json"],
-                 ["decode", "song.mp3", "-o", "-"], ["selftest"], ["selftest", "--json"], ["--help"], ["--version"],
-                 ["decode", "--help"]):
+                 ["decode", "song.mp3", "-o", "-"], ["waveform", "song.mp3", "-o", "-", "--format", "svg"], ["selftest"],
+                 ["selftest", "--json"], ["--help"], ["--version"], ["decode", "--help"]):
         told, said = tool.run(*well)
         require(told != "" and said == "", "messages in a good run", said)
         if "--json" in well:
             json.loads(told)
-    for quiet in (["decode", "song.mp3", "-o", "song.wav"], ):
+    for quiet in (["decode", "song.mp3", "-o", "song.wav"], ["waveform", "song.mp3", "-o", "song.svg"]):
         require(tool.run(*quiet) == ("", ""), "something was printed")
     # What is left over of the last slice is a message.
     told, said = tool.run("slices", "song.mp3", "--time", "40", "-o", "-", "--format", "raw")
     require(told != "" and said.startswith("mpatool: "), "slices", said)
-    for command in ("info", "frames", "check", "index", "decode", "slices"):
-        more = ["--time", "40", "-o", "-"] if command == "slices" else ["-o", "-"] if command == "decode" else []
+    needs = {"slices": ["--time", "40", "-o", "-"], "decode": ["-o", "-"], "waveform": ["-o", "-", "--format", "png"]}
+    for command in ("info", "frames", "check", "index", "decode", "slices", "waveform"):
+        more = needs.get(command, [])
         told, said = tool.run(command, "missing.mp3", *more, status=1)
         require(told == "" and said.startswith("mpatool: missing.mp3: "), "a missing file", told, said)
     for wrong in ([], ["info"], ["play", "song.mp3"], ["decode", "song.mp3", "--bits", "7"]):
