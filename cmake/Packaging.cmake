@@ -3,7 +3,9 @@ install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN api EXCLUDE)
 install(FILES examples/plugin_host.cpp examples/direct_link.cpp examples/c_host.c examples/python_host.py
     DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")
-install(FILES examples/project/CMakeLists.txt DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/project")
+foreach(project project c_project)
+    install(FILES examples/${project}/CMakeLists.txt DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/${project}")
+endforeach()
 
 # By Debian's packages, which the parts come from, and whose names and versions lead to their sources.
 set(parts libcli11-dev nlohmann-json3-dev)

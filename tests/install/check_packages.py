@@ -71,7 +71,8 @@ def check_debian(package, folder):
         sys.exit("the installed tool decoded another length")
     # The compiler stays outside; header files and library are those of the root, and the host runs within.
     library = next(root.glob("usr/lib/*/libtrnmpafileread.so"))
-    run("c++", "-std=c++20", f"-I{root / 'usr/include/trnmpafileread'}", SOURCE / "examples" / "direct_link.cpp",
+    run("c++", "-std=c++20", f"-I{root / 'usr/include/trnmpafileread'}",
+        root / "usr/share/doc/trnmpafileread/examples/direct_link.cpp",
         "-o", root / "tmp" / "host", library)
     said = output_of(*inside, "/tmp/host", "/tmp/song.mp3")
     print(said)
@@ -89,6 +90,7 @@ def check_windows(archive, folder):
     require(prefix, ["bin/trnmpafileread.dll", "bin/mpatool.exe", "bin/*mpg123*.dll", "lib/*trnmpafileread*.a",
                      "include/trnmpafileread/trnmpafileread/plugin.h", "share/doc/trnmpafileread/docs/ABI.md",
                      "share/doc/trnmpafileread/examples/plugin_host.cpp",
+                     "share/doc/trnmpafileread/examples/python_host.py",
                      "share/doc/trnmpafileread/licences/libmpg123-dev.txt",
                      "share/doc/trnmpafileread/licences/libpng-dev.txt",
                      "share/doc/trnmpafileread/licences/libz-mingw-w64-dev.txt",
@@ -96,7 +98,7 @@ def check_windows(archive, folder):
     os.environ["WINEPREFIX"] = str(folder / "wine")
     run(EMULATOR, "wineboot", "--init", stdout=subprocess.DEVNULL)
     run_tool(prefix, folder, [str(EMULATOR)])
-    by_package(prefix, folder, TOOLCHAIN, [str(EMULATOR)])
+    by_package(prefix, folder, TOOLCHAIN, [str(EMULATOR)], prefix / "share/doc/trnmpafileread/examples")
 
 
 def main():

@@ -7,7 +7,7 @@ import sys
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parent.parent.parent
-EXAMPLE = SOURCE / "examples" / "direct_link.cpp"
+EXAMPLES = SOURCE / "examples"
 
 
 def run(*command, **options):
@@ -45,22 +45,26 @@ def run_tool(prefix, folder, emulator):
         sys.exit("the installed tool did not describe the file")
 
 
-def by_package(prefix, folder, toolchain, emulator):
-    build = folder / "hosts"
+# Project of the examples -> the host that it builds to be run.
+PROJECTS = {"project": "direct_link", "c_project": "c_host"}
+
+
+def by_package(prefix, folder, toolchain, emulator, examples=EXAMPLES):
     more = []
     if toolchain:
         # A toolchain file has search folders of its own.
         package = next(prefix.glob("lib*/**/trnmpafileread-config.cmake")).parent
         more = [f"-DCMAKE_TOOLCHAIN_FILE={toolchain}", f"-Dtrnmpafileread_DIR={package}",
                 "-DCMAKE_EXE_LINKER_FLAGS=-static"]
-    run("cmake", "-G", "Ninja", "-S", SOURCE / "examples" / "project", "-B", build,
-        f"-DCMAKE_PREFIX_PATH={prefix}", "-DCMAKE_BUILD_TYPE=Debug", *more)
-    run("cmake", "--build", build)
-    if emulator:
-        for library in (prefix / "bin").glob("*.dll"):
-            shutil.copy(library, build)
-    for name in SAYS:
-        run_host(build / (f"{name}.exe" if emulator else name), name, emulator, folder, prefix / "lib")
+    for project, host in PROJECTS.items():
+        build = folder / project
+        run("cmake", "-G", "Ninja", "-S", examples / project, "-B", build,
+            f"-DCMAKE_PREFIX_PATH={prefix}", "-DCMAKE_BUILD_TYPE=Debug", *more)
+        run("cmake", "--build", build)
+        if emulator:
+            for library in (prefix / "bin").glob("*.dll"):
+                shutil.copy(library, build)
+        run_host(build / (f"{host}.exe" if emulator else host), host, emulator, folder, prefix / "lib")
 
 
 def by_pkg_config(prefix, folder, library_folder):
@@ -69,5 +73,5 @@ def by_pkg_config(prefix, folder, library_folder):
     environment = dict(os.environ, PKG_CONFIG_PATH=str(library_folder / "pkgconfig"))
     flags = run("pkg-config", "--cflags", "--libs", "trnmpafileread", capture_output=True, env=environment).stdout.split()
     host = folder / "host"
-    run("c++", "-std=c++20", EXAMPLE, "-o", host, *flags)
+    run("c++", "-std=c++20", EXAMPLES / "direct_link.cpp", "-o", host, *flags)
     run_host(host, "direct_link", [], folder, library_folder)
