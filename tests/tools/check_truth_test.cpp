@@ -1,5 +1,5 @@
 /// `mpatool check` against files whose damage is known, and real files without any.
-#include "mpatool/stream_check.h"
+#include "mpatool/check/stream_check.h"
 #include "real/real_streams.h"
 #include "support/damage/damage.h"
 #include "support/damage/truth_text.h"

@@ -1,4 +1,4 @@
-#include "mpatool/count_text.h"
+#include "mpatool/output/count_text.h"
 
 #include <gtest/gtest.h>
 

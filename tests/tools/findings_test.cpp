@@ -1,5 +1,5 @@
-#include "mpatool/check_report.h"
-#include "mpatool/findings.h"
+#include "mpatool/check/check_report.h"
+#include "mpatool/check/findings.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
-#include "mpatool/index_end.h"
+#include "mpatool/index/index_end.h"
 
-#include "mpatool/tool_error.h"
+#include "mpatool/output/tool_error.h"
 #include "support/test_files.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "mpatool/index_progress.h"
+#include "mpatool/index/index_progress.h"
 
 #include "support/test_files.h"
 #include "tools/tool_fixture.h"

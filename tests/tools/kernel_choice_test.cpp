@@ -1,6 +1,6 @@
 /// `mpatool decode --kernels`.
 
-#include "mpatool/kernel_choice.h"
+#include "mpatool/decode/kernel_choice.h"
 #include "support/loaded_module.h"
 #include "tools/tool_fixture.h"
 #include "trnmpafileread/c_api.h"

@@ -1,4 +1,4 @@
-#include "mpatool/progress_bar.h"
+#include "mpatool/output/progress_bar.h"
 
 #include <gtest/gtest.h>
 

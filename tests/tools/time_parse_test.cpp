@@ -1,4 +1,4 @@
-#include "mpatool/time_parse.h"
+#include "mpatool/command_line/time_parse.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "tools/tool_fixture.h"
 
-#include "mpatool/wave_writer.h"
+#include "mpatool/pcm/wave_writer.h"
 #include "tools/counted_sample.h"
 
 #include <algorithm>

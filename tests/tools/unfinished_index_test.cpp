@@ -1,6 +1,6 @@
-#include "mpatool/unfinished_index.h"
+#include "mpatool/index/unfinished_index.h"
 
-#include "mpatool/tool_error.h"
+#include "mpatool/output/tool_error.h"
 #include "os/paths.h"
 #include "support/test_files.h"
 

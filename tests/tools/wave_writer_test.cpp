@@ -1,4 +1,4 @@
-#include "mpatool/wave_writer.h"
+#include "mpatool/pcm/wave_writer.h"
 
 #include <gtest/gtest.h>
 

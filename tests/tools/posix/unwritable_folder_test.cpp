@@ -1,7 +1,7 @@
 // Folders in which this user may not write.
 
-#include "mpatool/tool_error.h"
-#include "mpatool/unfinished_index.h"
+#include "mpatool/index/unfinished_index.h"
+#include "mpatool/output/tool_error.h"
 #include "platform/posix/ordinary_user.h"
 #include "support/test_files.h"
 

@@ -1,6 +1,6 @@
 #include "mpatool/selftest/verdicts.h"
 
-#include "mpatool/text_output.h"
+#include "mpatool/output/text_output.h"
 
 namespace mpatool {
 

@@ -1,7 +1,7 @@
 /// The columns of a picture over the samples that they stand for.
 #pragma once
 
-#include "mpatool/pcm_conversion.h"
+#include "mpatool/pcm/pcm_conversion.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,9 +2,9 @@
 
 #include "mpa/file_header_sources.h"
 #include "mpa/source_window.h"
-#include "mpatool/frame_head.h"
-#include "mpatool/stream_walk.h"
-#include "mpatool/tool_error.h"
+#include "mpatool/output/tool_error.h"
+#include "mpatool/stream/frame_head.h"
+#include "mpatool/stream/stream_walk.h"
 #include "trcommontoolsr/file_access.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "mpatool/count_text.h"
+#include "mpatool/output/count_text.h"
 #include "mpatool/waveform/lettering.h"
 #include "mpatool/waveform/picture_parts.h"
 

@@ -1,6 +1,6 @@
 #include "mpatool/waveform/png_writer.h"
 
-#include "mpatool/tool_error.h"
+#include "mpatool/output/tool_error.h"
 #include "mpatool/waveform/raster.h"
 
 #include <png.h>

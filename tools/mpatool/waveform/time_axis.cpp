@@ -1,6 +1,6 @@
 #include "mpatool/waveform/time_axis.h"
 
-#include "mpatool/time_parse.h"
+#include "mpatool/command_line/time_parse.h"
 
 #include <algorithm>
 #include <array>
