@@ -140,6 +140,13 @@ TEST_F(InfoTest, ReadableTextNamesItsSources) {
                                      HasSubstr("    bit rate          constant, 128 kbit/s\n")));
 }
 
+// On Windows, too, where other programs take a slash for an option's mark.
+TEST_F(InfoTest, APathMayBeginWithASlash) {
+    const ProcessResult result = RunCounting({"info", "/no such folder/song.mp3"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_THAT(result.error, HasSubstr("/no such folder/song.mp3: "));
+}
+
 TEST_F(InfoTest, NeedsAFile) {
     const ProcessResult result = RunCounting({"info", "--json"});
     EXPECT_EQ(result.exitStatus, 2);
