@@ -1,5 +1,5 @@
-# trn_generate_tables(TARGET target OUTPUT header...): runs the table generator of
-# src/decoder/tables at build time; its inputs are the CSV files beside it.
+# trn_generate_tables(TARGET target DIRECTORY folder OUTPUT header...): runs the table generator of src/decoder/tables at
+# build time, for headers included as "folder/header"; its inputs are the CSV files beside it.
 
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 

@@ -1,5 +1,5 @@
 # What `make package` packs besides the installation: documents, examples, licences of what is compiled or linked in.
-install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN api EXCLUDE)
 install(FILES examples/plugin_host.cpp examples/direct_link.cpp examples/c_host.c examples/python_host.py
     DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples")

@@ -74,7 +74,8 @@ static int build_index(const char* file) {
     return 0;
 }
 
-/* On Windows these arguments are not UTF-8 beyond ASCII; a host there takes wmain and the _utf16 functions. */
+/* On Windows these arguments are not UTF-8 beyond ASCII; a host there takes wmain and the _utf16 functions.
+ */
 int main(int count, char** arguments) {
     if (count != 2) {
         fprintf(stderr, "usage: c_host FILE\n");

@@ -7,8 +7,6 @@
 #include "mpa/id3v2_tag.h"
 #include "mpa/stream_start.h"
 
-#include <cmath>
-
 namespace {
 
 using namespace trnmpa;

@@ -5,7 +5,6 @@
 #include "plugin/plugin_module.h"
 #include "trnmediadet/media_info.h"
 
-#include <cstring>
 #include <memory>
 
 namespace {

@@ -8,7 +8,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>

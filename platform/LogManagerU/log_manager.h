@@ -9,8 +9,7 @@
 ///     2024-01-31 12:34:56.789 [name] what was streamed in up to `endl`
 ///
 /// Where the lines go is read from the environment variable TRN_LOG when the name is set: a file (appended
-/// to),
-/// "-" for standard error, nothing when it is absent or empty (the default). Whatever goes wrong while
+/// to), "-" for standard error, nowhere when it is absent or empty (the default). Whatever goes wrong while
 /// writing is swallowed; nothing is thrown. Not thread-safe; lines of several objects do not mix.
 class TRN_LogManagerU {
 public:

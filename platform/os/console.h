@@ -33,10 +33,9 @@ std::optional<std::size_t> ReadStandardInput(std::span<std::uint8_t> destination
 /// To be called first in a program. From now on:
 /// - a write to a closed pipe fails instead of ending the process;
 /// - a request to end the process (an interrupt from the keyboard, a termination signal, a closed console)
-/// only
-///   sets the flag that InterruptRequested gives, and a blocking write ends early;
+///   only sets the flag that InterruptRequested gives, and a blocking write ends early;
 /// - a standard stream that the caller has closed fails when it is used; no file opened later takes its
-/// place.
+///   place.
 void PrepareProcess();
 bool InterruptRequested();
 

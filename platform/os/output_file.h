@@ -1,7 +1,6 @@
 /// Files, pipes and standard output to write to.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>

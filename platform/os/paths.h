@@ -24,10 +24,6 @@ std::wstring WidenUtf16(std::span<const std::uint16_t> units);
 /// bits) or not at all, nothing above U+10FFFF.
 bool IsText(std::wstring_view text);
 
-/// The text of bytes in the system's ANSI code page (Latin-1 where the system has none), up to the first
-/// zero.
-std::wstring WidenAnsi(std::string_view bytes);
-
 /// The full path under which a library at `path`, taken from the current folder when it is relative, knows
 /// itself once it is loaded (as its ModulePath); empty when the system does not tell.
 std::wstring FullPath(const std::wstring& path);

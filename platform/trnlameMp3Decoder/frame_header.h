@@ -1,7 +1,6 @@
 /// The header of a frame, ISO/IEC 11172-3 clause 2.4.2.3, as far as reading and decoding need it.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>

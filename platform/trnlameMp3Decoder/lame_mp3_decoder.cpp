@@ -8,7 +8,6 @@
 #include <exception>
 #include <optional>
 #include <span>
-#include <utility>
 #include <vector>
 
 struct TRN_LameMp3Dec::State {
@@ -42,7 +41,7 @@ Mp3StreamInfo Describe(const mp3::FrameHeader& header) {
 
 /// Runs an operation so that nothing is thrown out of it: 0 then.
 template <typename Operation>
-std::int32_t Guarded(Operation operation) {
+std::int32_t ZeroWhenThrown(Operation operation) {
     try {
         return operation();
     } catch (const std::exception&) {
@@ -83,11 +82,11 @@ TRN_LameMp3Dec::TRN_LameMp3Dec() : state_(std::make_unique<State>()) {}
 TRN_LameMp3Dec::~TRN_LameMp3Dec() = default;
 
 std::int32_t TRN_LameMp3Dec::Initialize() {
-    return Guarded([this] { return state_->decoder.Open() ? 1 : 0; });
+    return ZeroWhenThrown([this] { return state_->decoder.Open() ? 1 : 0; });
 }
 
 std::int32_t TRN_LameMp3Dec::SetInputFile(CComBSTR path) {
-    return Guarded([&] {
+    return ZeroWhenThrown([&] {
         state_->format.reset();
         state_->info = {};
         state_->decoder.Reset(0);
@@ -101,7 +100,7 @@ std::int32_t TRN_LameMp3Dec::SetOutBuf(unsigned char* buffer) {
 }
 
 std::int32_t TRN_LameMp3Dec::StartDec() {
-    return Guarded([this] {
+    return ZeroWhenThrown([this] {
         state_->format.reset();
         state_->info = {};
         state_->decoder.Reset(0);
@@ -124,7 +123,7 @@ std::int32_t TRN_LameMp3Dec::GetStreamInfo(Mp3StreamInfo* info) {
 }
 
 std::int32_t TRN_LameMp3Dec::GetTagSize() {
-    return Guarded([this] {
+    return ZeroWhenThrown([this] {
         const std::int64_t position = state_->file.Position();
         const std::optional<mp3::FramePlace> place = state_->file.FindFirstFrame(0);
         state_->file.SetPosition(position);
@@ -144,12 +143,12 @@ std::int32_t TRN_LameMp3Dec::ReadFromFile(unsigned char* buffer, std::int32_t co
     if (buffer == nullptr || count < 0)
         return 0;
     const std::span<std::uint8_t> bytes(buffer, static_cast<std::size_t>(count));
-    return Guarded([&] { return state_->file.Read(bytes) == bytes.size() ? 1 : 0; });
+    return ZeroWhenThrown([&] { return state_->file.Read(bytes) == bytes.size() ? 1 : 0; });
 }
 
 std::int32_t TRN_LameMp3Dec::DecodeMP3(std::int32_t& size) {
     size = 0;
-    return Guarded([&] {
+    return ZeroWhenThrown([&] {
         size = static_cast<std::int32_t>(state_->DecodeNext());
         return size > 0 ? 1 : 0;
     });

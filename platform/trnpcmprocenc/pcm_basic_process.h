@@ -24,9 +24,9 @@
 /// exactly the output samples whose times lie in [a, b) / original rate, however the stream is sliced:
 /// nothing drifts and nothing is delayed. An output sample depends on LookAheadSamples() input samples on
 /// either side, so:
-///   - what lies before a slice is remembered from the calls before; after a jump SetResampleParater supplies
-///   it;
-///   - what lies behind is the caller's to hand over as `lookAhead`.
+///   - what lies before a slice is remembered from the calls before; after a jump SetResampleParater
+///     supplies it;
+///   - what lies after it is the caller's to hand over as `lookAhead`.
 /// With both, a slice's bytes do not depend on how the position was reached, nor on the slicing around it.
 class TRN_PCMBasicProcess {
 public:

@@ -73,7 +73,7 @@ public:
     const std::wstring& Path() const { return path_; }
 
 private:
-    /// Room for the header that later ones are matched with.
+    /// Of the known layout; nothing is matched with it.
     struct ReferenceHeader {
         std::uint8_t header[4] = {};
         std::uint8_t lowSamplingFrequency = 0;

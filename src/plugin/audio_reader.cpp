@@ -2,6 +2,7 @@
 
 #include "plugin/boundary.h"
 #include "plugin/engine_users.h"
+#include "reader/result_codes.h"
 #include "reader/sample_reader.h"
 
 #include <memory>
@@ -10,6 +11,18 @@
 namespace {
 
 using trnmpa::WithEngine;
+
+// What the engine answers is what the host is told.
+static_assert(trnmpa::kUnexpectedException == TRN_AUDIO_READER_EXCEPTION &&
+              trnmpa::kNoPcmBuffer == TRN_AUDIO_READER_NO_PCM_BUFFER &&
+              trnmpa::kNoFrameBufferReader == TRN_AUDIO_READER_NO_ENGINE &&
+              trnmpa::kNoDecoder == TRN_AUDIO_READER_NO_DECODER &&
+              trnmpa::kAnalysisFailed == TRN_AUDIO_READER_ANALYSIS_FAILED &&
+              trnmpa::kOpenFailed == TRN_AUDIO_READER_OPEN_FAILED &&
+              trnmpa::kBadRequest == TRN_AUDIO_READER_BAD_REQUEST &&
+              trnmpa::kDecodeFailed == TRN_AUDIO_READER_DECODE_FAILED &&
+              trnmpa::kMediaNotOpened == TRN_AUDIO_READER_MEDIA_NOT_OPENED &&
+              trnmpa::kNotOpen == TRN_AUDIO_READER_NOT_OPEN);
 
 constexpr trnmpa::EngineFailures kFailures = {.missing = TRN_AUDIO_READER_NO_ENGINE,
                                               .thrown = TRN_AUDIO_READER_EXCEPTION};

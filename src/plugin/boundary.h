@@ -1,5 +1,5 @@
-/// The wall between the module and its host: every exported operation that may throw runs behind it, and
-/// nothing else catches there.
+/// The wall between the module and its host: every exported operation that may throw runs behind it.
+/// (The C functions tell lack of memory apart within.)
 #pragma once
 
 #include <cstdint>

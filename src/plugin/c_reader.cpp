@@ -4,7 +4,6 @@
 #include "plugin/c_reader_info.h"
 #include "plugin/c_records.h"
 #include "plugin/c_results.h"
-#include "plugin/module_settings.h"
 #include "reader/result_codes.h"
 #include "reader/sample_reader.h"
 
@@ -22,8 +21,7 @@ struct trnmpa_reader {
 
 namespace {
 
-trnmpa_result OpenFailure(std::int32_t code, const std::wstring& path) {
-    const std::int32_t decoder = trnmpa::Mp3DecoderUse();
+trnmpa_result OpenFailure(std::int32_t code, std::int32_t decoder, const std::wstring& path) {
     switch (code) {
     case trnmpa::kNoPcmBuffer:
     case trnmpa::kNoFrameBufferReader:
@@ -47,7 +45,7 @@ trnmpa_result OpenEngine(trnmpa::KwMpAudioReader2& engine, const std::wstring& p
     KW_MEDIA_BASE_INFO_ST unused;
     if (code == trnmpa::kSuccess)
         code = engine.GetStreamInfo(&unused);
-    return code == trnmpa::kSuccess ? trnmpa_result{TRNMPA_OK} : OpenFailure(code, path);
+    return code == trnmpa::kSuccess ? trnmpa_result{TRNMPA_OK} : OpenFailure(code, engine.DecoderUse(), path);
 }
 
 template <typename Unit>

@@ -30,11 +30,12 @@ WAVEFORMATEX WantedFormat(const trnmpa_slice_options& options, const WAVEFORMATE
     WAVEFORMATEX wanted = {};
     if (options.sample_rate == 0 && options.channels == 0 && options.bits_per_sample == 0)
         return wanted;
-    const auto or_ = [](std::uint32_t chosen, std::uint32_t own) { return chosen != 0 ? chosen : own; };
+    const auto givenOr = [](std::uint32_t chosen, std::uint32_t own) { return chosen != 0 ? chosen : own; };
     wanted.wFormatTag = 1;
-    wanted.nChannels = static_cast<std::uint16_t>(or_(options.channels, original.nChannels));
-    wanted.nSamplesPerSec = or_(options.sample_rate, original.nSamplesPerSec);
-    wanted.wBitsPerSample = static_cast<std::uint16_t>(or_(options.bits_per_sample, original.wBitsPerSample));
+    wanted.nChannels = static_cast<std::uint16_t>(givenOr(options.channels, original.nChannels));
+    wanted.nSamplesPerSec = givenOr(options.sample_rate, original.nSamplesPerSec);
+    wanted.wBitsPerSample =
+        static_cast<std::uint16_t>(givenOr(options.bits_per_sample, original.wBitsPerSample));
     wanted.nBlockAlign = static_cast<std::uint16_t>(wanted.nChannels * wanted.wBitsPerSample / 8);
     wanted.nAvgBytesPerSec = wanted.nSamplesPerSec * wanted.nBlockAlign;
     return wanted;

@@ -4,8 +4,6 @@
 #include "plugin/plugin_reader.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 #include <span>
 #include <string_view>
 

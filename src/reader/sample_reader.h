@@ -40,6 +40,9 @@ public:
     KwMpAudioReader2(const KwMpAudioReader2&) = delete;
     KwMpAudioReader2& operator=(const KwMpAudioReader2&) = delete;
 
+    /// The selector of the decoder, as the settings had it when this engine was made.
+    std::int32_t DecoderUse() const { return decoderUse_; }
+
     /// Closes, then creates the decoder and the PCM buffers.
     std::int32_t Initialize();
 
@@ -82,13 +85,13 @@ private:
         bool hasFile = false; ///< SetInputFile was called
         bool needsOpen = true;
         bool hasIndex = false;
-        bool muted = false;   ///< nothing sets it
+        bool muted = false;   ///< of the known layout; nothing sets it
         bool isPrimed = true; ///< the last reposition decoded all frames before its target
         std::wstring path;
         WAVEFORMATEX format = {};
         FrameLayout layout; ///< its place and bit rate count in a file without index
         KW_MEDIA_BASE_INFO_ST mediaInfo;
-        std::uint32_t frameCount = 0;          ///< as the index header claims
+        std::uint32_t frameCount = 0;          ///< as the index header claims; not used
         std::vector<MpaIndexEntry> frameTable; ///< as the index really holds
         std::int64_t skipSamples = 0;          ///< decoder delay, left out before sample 0
         Preroll preroll;

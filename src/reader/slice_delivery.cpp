@@ -25,14 +25,14 @@ bool KwMpAudioReader::CanRead() const {
                            (index_ == nullptr || !stream_.frameTable.empty());
     if (!hasFrames)
         return false;
-    const auto start = PcmBytesBeforeSlice(stream_.requestedSlice, frameTime_, stream_.format);
+    const auto start = PcmBytesBeforeSlice(stream_.requestedSlice, sliceTime_, stream_.format);
     const auto end =
-        PcmBytesBeforeSlice(std::int64_t{stream_.requestedSlice} + 1, frameTime_, stream_.format);
+        PcmBytesBeforeSlice(std::int64_t{stream_.requestedSlice} + 1, sliceTime_, stream_.format);
     return start && end && *end <= kLargestPosition && *end - *start <= kLargestSliceBytes;
 }
 
 std::int64_t KwMpAudioReader::BytesBefore(std::int64_t slice) const {
-    return PcmBytesBeforeSlice(slice, frameTime_, stream_.format).value_or(0);
+    return PcmBytesBeforeSlice(slice, sliceTime_, stream_.format).value_or(0);
 }
 
 std::int32_t KwMpAudioReader::ReadFrame(PcmSlice& slice) {

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
 
 namespace trnmpa {
 
@@ -67,7 +66,7 @@ std::int32_t KwMpAudioReader::FindIndex(const std::wstring& indexPath) {
 }
 
 std::int32_t KwMpAudioReader::SetPerPcmFrameTime(std::int64_t time) {
-    frameTime_ = time;
+    sliceTime_ = time;
     // The end of a slice says nothing about slices of another length.
     stream_.knowsPlace &= !stream_.metEnd;
     return 1;

@@ -61,7 +61,7 @@ protected:
     virtual std::unique_ptr<BuiltInFrames> CreateFrames();
 
 private:
-    static constexpr std::int64_t kDefaultFrameTime = 400'000;
+    static constexpr std::int64_t kDefaultSliceTime = 400'000;
     /// What a conversion to another rate may need of the samples before a slice.
     static constexpr std::size_t kRememberedBytes =
         std::size_t{TRN_PCMBasicProcess::kMostLookAheadSamples} * 2 * sizeof(std::int16_t);
@@ -117,7 +117,7 @@ private:
 
     std::wstring path_;
     bool hasIndex_ = false;
-    std::int64_t frameTime_ = kDefaultFrameTime;
+    std::int64_t sliceTime_ = kDefaultSliceTime;
     WAVEFORMATEX outputFormat_ = {};
     std::unique_ptr<BuiltInFrames> frames_;
     std::unique_ptr<CMpAudioFrameBufferReader> index_;

@@ -1,8 +1,8 @@
 // Digests of PCM that must be the same on every system, compiler and optimisation level. Each stands behind a
 // comparison with the plain model in the same test, so that a digest cannot bless a wrong output.
 
+#include "decoder/each_kernel_set.h"
 #include "decoder/feature_streams.h"
-#include "decoder/kernel_sets.h"
 #include "decoder/stream_decode.h"
 #include "support/digest.h"
 #include "support/model/decoder_model.h"

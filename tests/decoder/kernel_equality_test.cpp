@@ -1,7 +1,7 @@
 // Every set of kernels against the plain one, bit for bit, on data that is aligned for vectors and on data
 // one value behind that.
 
-#include "decoder/kernel_sets.h"
+#include "decoder/each_kernel_set.h"
 
 #include <gtest/gtest.h>
 

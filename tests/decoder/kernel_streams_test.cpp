@@ -1,7 +1,7 @@
 // Whole streams, sound and damaged, by each set of kernels: the plain kernels' PCM to the last bit.
 
+#include "decoder/each_kernel_set.h"
 #include "decoder/feature_streams.h"
-#include "decoder/kernel_sets.h"
 #include "decoder/stream_decode.h"
 
 #include <gtest/gtest.h>

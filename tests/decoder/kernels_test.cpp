@@ -1,8 +1,8 @@
 // The fast kernels against the formulas that they shorten, in double precision.
 
-#include "decoder/kernel_sets.h"
+#include "decoder/each_kernel_set.h"
 #include "decoder/kernels/rounding.h"
-#include "decoder/kernels/spread_intensity.h"
+#include "decoder/layer3/spread_intensity.h"
 #include "support/model/tables.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The filter bank over many calls, by each set of kernels.
 
-#include "decoder/kernel_sets.h"
+#include "decoder/each_kernel_set.h"
 #include "decoder/kernels/rounding.h"
 #include "decoder/synthesis.h"
 #include "support/model/tables.h"

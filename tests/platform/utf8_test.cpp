@@ -125,20 +125,6 @@ TEST(Utf8, RandomBytesSurviveWhereTheSystemAllowsThem) {
     }
 }
 
-TEST(WidenAnsi, StopsAtTheFirstZero) {
-    EXPECT_EQ(os::WidenAnsi("ID3"), L"ID3");
-    EXPECT_EQ(os::WidenAnsi("ID\0X"s), L"ID");
-    EXPECT_EQ(os::WidenAnsi("\0XYZ"s), L"");
-    EXPECT_EQ(os::WidenAnsi(""), L"");
-}
-
-TEST(WidenAnsi, EveryByteGivesAText) {
-    for (int byte = 1; byte < 256; ++byte)
-        EXPECT_LE(os::WidenAnsi(std::string(1, static_cast<char>(byte))).size(), 1u) << byte;
-    for (char letter = ' '; letter < 127; ++letter)
-        EXPECT_EQ(os::WidenAnsi(std::string(1, letter)), std::wstring(1, static_cast<wchar_t>(letter)));
-}
-
 TEST(Utf16, BecomesWideCharacters) {
     const std::u16string utf16 = u"a\u0080\uFFFF\U00010000\U0010FFFF";
     const std::vector<std::uint16_t> units(utf16.begin(), utf16.end());

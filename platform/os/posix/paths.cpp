@@ -51,13 +51,6 @@ std::string ModuleName() {
 
 } // namespace
 
-std::wstring WidenAnsi(std::string_view bytes) {
-    std::wstring wide;
-    for (const char byte : bytes.substr(0, bytes.find('\0')))
-        wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
-    return wide;
-}
-
 std::wstring FullPath(const std::wstring& path) {
     // See ModuleName: a full name stays as it is, another is looked up.
     return path.starts_with(kPathSeparator) ? path : WidenUtf8(Resolved(NarrowToUtf8(path).c_str()));

@@ -50,16 +50,6 @@ std::wstring PathOf(HMODULE instance) {
 
 } // namespace
 
-std::wstring WidenAnsi(std::string_view bytes) {
-    const std::string_view text = bytes.substr(0, bytes.find('\0'));
-    const int length = static_cast<int>(text.size());
-    const int needed = text.empty() ? 0 : MultiByteToWideChar(CP_ACP, 0, text.data(), length, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(needed), L'\0');
-    if (needed > 0)
-        MultiByteToWideChar(CP_ACP, 0, text.data(), length, wide.data(), needed);
-    return wide;
-}
-
 std::wstring ExecutablePath() {
     return PathOf(nullptr);
 }

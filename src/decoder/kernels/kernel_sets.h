@@ -1,5 +1,6 @@
-/// The versions of the kernels; KernelTable tells what each does. No file of a set may hold code that could
-/// be merged with another file's: no templates or inline functions with external linkage.
+/// The versions of the kernels; KernelTable tells what each does. A file that is compiled for
+/// more than every processor has may hold no code that the linker could merge with another file's: no
+/// templates or inline functions with external linkage.
 #pragma once
 
 #include "decoder/kernels/kernel_table.h"

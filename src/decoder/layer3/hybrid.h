@@ -6,8 +6,6 @@
 #include "decoder/layer3/requantise.h"
 #include "decoder/layer3/side_info.h"
 
-#include <span>
-
 namespace trnmpa {
 
 /// 18 time slots of 32 subband samples.

@@ -1,7 +1,7 @@
 #include "decoder/layer3/stereo.h"
 
 #include "decoder/kernels/kernel_table.h"
-#include "decoder/kernels/spread_intensity.h"
+#include "decoder/layer3/spread_intensity.h"
 #include "decoder/tables/stereo_tables.h"
 
 #include <algorithm>

@@ -6,7 +6,7 @@
 #include "mpatool/output/json_document.h"
 #include "mpatool/output/text_output.h"
 #include "mpatool/output/tool_error.h"
-#include "mpatool/stream/input_file.h"
+#include "mpatool/stream/collected_input.h"
 #include "os/console.h"
 
 #include <nlohmann/json.hpp>

@@ -10,6 +10,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace mpatool {
 
 namespace {
@@ -44,9 +46,7 @@ void AddStretchOptions(CLI::App& command, RawOptions& raw, const std::string& ve
 CLI::App* AddInfoCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* info = app.add_subcommand(
         "info", "Show what files claim, what they hold and what the module tells about them");
-    info->add_option("FILE", raw.infoFiles, "MPEG audio files; - for standard input")
-        ->required()
-        ->type_name("");
+    info->add_option("FILE", raw.files, "MPEG audio files; - for standard input")->required()->type_name("");
     info->add_flag("--json", raw.json, "Print a JSON document");
     info->footer(std::string(kInfoFooter) + kInputFooter + kExitFooter);
     return info;
@@ -86,9 +86,7 @@ CLI::App* AddSlicesCommand(CLI::App& app, RawOptions& raw) {
 
 CLI::App* AddIndexCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* index = app.add_subcommand("index", "Build the indexes of files, or check them");
-    index->add_option("FILE", raw.indexFiles, "MPEG audio files, or folders with -r")
-        ->required()
-        ->type_name("");
+    index->add_option("FILE", raw.files, "MPEG audio files, or folders with -r")->required()->type_name("");
     CLI::Option* force = index->add_flag("--force", raw.force, "Replace existing indexes");
     CLI::Option* jobs = index->add_option("--jobs", raw.jobs, "Files to index side by side, 1 to 64")
                             ->check(CLI::Range(1, kMaximumJobs).description(""))
@@ -142,9 +140,7 @@ CLI::App* AddSelftestCommand(CLI::App& app, RawOptions& raw) {
 
 CLI::App* AddCheckCommand(CLI::App& app, RawOptions& raw) {
     CLI::App* check = app.add_subcommand("check", "Look for damage in files");
-    check->add_option("FILE", raw.checkFiles, "MPEG audio files; - for standard input")
-        ->required()
-        ->type_name("");
+    check->add_option("FILE", raw.files, "MPEG audio files; - for standard input")->required()->type_name("");
     check->add_flag("--json", raw.json, "Print a JSON document");
     check->footer(std::string(kCheckFooter) + kInputFooter + kExitFooter);
     return check;
@@ -162,6 +158,16 @@ std::string Generated(const CLI::App& app, const std::string& kind) {
     throw UsageError("--generate: man, bash or zsh");
 }
 
+template <auto Convert>
+Command Converted(const RawOptions& raw) {
+    return Convert(raw);
+}
+
+struct Subcommand {
+    const CLI::App* app;
+    Command (*options)(const RawOptions& raw); ///< converts what was typed
+};
+
 } // namespace
 
 Command ParseCommandLine(const std::vector<std::string>& arguments) {
@@ -175,14 +181,16 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     app.footer(kExitFooter);
     app.require_subcommand(1);
     app.fallthrough();
-    const CLI::App* info = AddInfoCommand(app, raw);
-    const CLI::App* index = AddIndexCommand(app, raw);
-    const CLI::App* frames = AddFramesCommand(app, raw);
-    const CLI::App* slices = AddSlicesCommand(app, raw);
-    const CLI::App* selftest = AddSelftestCommand(app, raw);
-    const CLI::App* check = AddCheckCommand(app, raw);
-    const CLI::App* waveform = AddWaveformCommand(app, raw);
-    AddDecodeCommand(app, raw);
+    const Subcommand subcommands[] = {
+        {AddInfoCommand(app, raw), Converted<ToInfoOptions>},
+        {AddIndexCommand(app, raw), Converted<ToIndexOptions>},
+        {AddFramesCommand(app, raw), Converted<ToFramesOptions>},
+        {AddSlicesCommand(app, raw), Converted<ToSlicesOptions>},
+        {AddSelftestCommand(app, raw), Converted<ToSelftestOptions>},
+        {AddCheckCommand(app, raw), Converted<ToCheckOptions>},
+        {AddWaveformCommand(app, raw), Converted<ToWaveformOptions>},
+        {AddDecodeCommand(app, raw), Converted<ToDecodeOptions>},
+    };
     if (arguments.size() == 3 && arguments[1] == "--generate")
         return ShowText{Generated(app, arguments[2])};
     try {
@@ -198,21 +206,9 @@ Command ParseCommandLine(const std::vector<std::string>& arguments) {
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
     }
-    if (info->parsed())
-        return ToInfoOptions(raw);
-    if (index->parsed())
-        return ToIndexOptions(raw);
-    if (check->parsed())
-        return ToCheckOptions(raw);
-    if (slices->parsed())
-        return ToSlicesOptions(raw);
-    if (frames->parsed())
-        return ToFramesOptions(raw);
-    if (waveform->parsed())
-        return ToWaveformOptions(raw);
-    if (selftest->parsed())
-        return ToSelftestOptions(raw);
-    return ToDecodeOptions(raw);
+    const auto* chosen =
+        std::ranges::find_if(subcommands, [](const Subcommand& each) { return each.app->parsed(); });
+    return chosen->options(raw);
 }
 
 } // namespace mpatool

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mpatool/command_line/time_parse.h"
-#include "mpatool/module/decoder.h"
+#include "mpatool/module/decoder_choice.h"
 #include "mpatool/pcm/pcm_choice.h"
 
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "mpatool/decode/kernel_choice.h"
 #include "mpatool/output/tool_error.h"
-#include "mpatool/stream/input_file.h"
+#include "mpatool/stream/collected_input.h"
 #include "os/paths.h"
 
 #include <algorithm>
@@ -99,11 +99,11 @@ SlicesOptions ToSlicesOptions(const RawOptions& raw) {
 }
 
 InfoOptions ToInfoOptions(const RawOptions& raw) {
-    return {WidenInputs(raw.infoFiles), os::WidenUtf8(raw.module), raw.json};
+    return {WidenInputs(raw.files), os::WidenUtf8(raw.module), raw.json};
 }
 
 IndexOptions ToIndexOptions(const RawOptions& raw) {
-    return {WidenAll(raw.indexFiles),
+    return {WidenAll(raw.files),
             os::WidenUtf8(raw.module),
             raw.force,
             raw.verify,
@@ -113,7 +113,7 @@ IndexOptions ToIndexOptions(const RawOptions& raw) {
 }
 
 CheckOptions ToCheckOptions(const RawOptions& raw) {
-    return {WidenInputs(raw.checkFiles), os::WidenUtf8(raw.module), raw.json};
+    return {WidenInputs(raw.files), os::WidenUtf8(raw.module), raw.json};
 }
 
 FramesOptions ToFramesOptions(const RawOptions& raw) {

@@ -21,9 +21,7 @@ inline constexpr const char* kExternalName = "external";
 /// The values as CLI11 stores them.
 struct RawOptions {
     std::string module;
-    std::vector<std::string> infoFiles;
-    std::vector<std::string> indexFiles;
-    std::vector<std::string> checkFiles;
+    std::vector<std::string> files;
     bool json = false;
     bool csv = false;
     std::string file;

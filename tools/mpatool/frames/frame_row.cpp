@@ -1,6 +1,7 @@
 #include "mpatool/frames/frame_row.h"
 
 #include "mpatool/command_line/time_parse.h"
+#include "mpatool/stream/frame_chain.h"
 
 #include <array>
 #include <cstdio>
@@ -30,10 +31,9 @@ struct Cells {
 
 private:
     static const char* VersionOf(const trnmpa::MpaFrameHeader& header) {
-        constexpr std::int32_t kLowestMpeg2Rate = 16000;
         if (header.lsf == 0)
             return "1";
-        return header.sampleRate >= kLowestMpeg2Rate ? "2" : "2.5";
+        return IsMpeg25(header) ? "2.5" : "2";
     }
 };
 

@@ -1,5 +1,6 @@
 #include "mpatool/command_line/time_parse.h"
 #include "mpatool/info/file_report.h"
+#include "mpatool/stream/frame_chain.h"
 #include "os/paths.h"
 
 #include <cmath>
@@ -59,7 +60,7 @@ std::string NumberWithLayer(std::int32_t number, std::int32_t base) {
     return layer >= 1 && layer <= 3 ? text + " (" + Layer(layer) + ")" : text;
 }
 
-constexpr std::int32_t kClassBase = 2320;
+constexpr std::int32_t kClassBase = TRN_CLASS_MPEG_AUDIO_LAYER_1 - 1;
 constexpr std::int32_t kCodecBase = 1040;
 
 std::string ProbeResult(std::int32_t result) {
@@ -155,10 +156,10 @@ void AddClaims(Page& page, const FileReport& report) {
 }
 
 void AddCounts(Page& page, const StreamScan& scan) {
-    const char* version = scan.firstHeader.lsf != 0 ? "MPEG-2/2.5 " : "MPEG-1 ";
     page.Section("counted");
-    page.Line("stream", version + Layer(scan.firstHeader.layer) + ", " + Hz(scan.firstHeader.sampleRate) +
-                            ", " + Channels(scan.firstHeader.channels));
+    page.Line("stream", std::string(VersionText(scan.firstHeader)) + " " + Layer(scan.firstHeader.layer) +
+                            ", " + Hz(scan.firstHeader.sampleRate) + ", " +
+                            Channels(scan.firstHeader.channels));
     page.Line("index", IndexText(scan));
     page.Line("Info frame", scan.hasInfoFrame ? "yes" : scan.index ? "not looked for" : "no");
     page.Line("first frame", "byte " + std::to_string(scan.firstHeader.firstFrameOffset));

@@ -4,7 +4,6 @@
 #include "os/paths.h"
 #include "trnmediadet/media_info.h"
 
-#include <cstring>
 #include <string_view>
 
 namespace mpatool {

@@ -1,7 +1,7 @@
 /// Where the module is loaded from, which decides what settings it reads.
 #pragma once
 
-#include "mpatool/module/decoder.h"
+#include "mpatool/module/decoder_choice.h"
 #include "os/private_folder.h"
 
 #include <optional>

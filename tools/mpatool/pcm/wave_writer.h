@@ -3,7 +3,6 @@
 
 #include "os/wave_format.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>

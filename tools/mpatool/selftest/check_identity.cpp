@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <cstring>
 #include <string_view>
 
@@ -15,18 +14,18 @@ constexpr unsigned char kUntouched = 0xCC;
 
 /// A record as the module fills it, with bytes behind it that are not its own.
 template <typename Record>
-struct Guarded {
+struct MarkedRecord {
     Record record;
     std::array<unsigned char, 32> guard{};
 
-    Guarded() {
+    MarkedRecord() {
         std::memset(&record, kUntouched, sizeof record);
         guard.fill(kUntouched);
     }
 };
 
 template <typename Record>
-void CheckRecord(const std::string& name, const Guarded<Record>& found, const Record& wanted,
+void CheckRecord(const std::string& name, const MarkedRecord<Record>& found, const Record& wanted,
                  Verdicts& verdicts) {
     std::array<unsigned char, sizeof(Record)> left = {};
     std::array<unsigned char, sizeof(Record)> right = {};
@@ -102,7 +101,7 @@ void CheckCreation(PLUGIN_FILE_READER_MODULE& module, Verdicts& verdicts) {
         const std::int32_t result = module.CreateReaderClass(known, &made);
         const std::unique_ptr<PLUGIN_FILE_READER_CLASS> reader(made);
         verdicts.Check("CreateReaderClass of " + std::to_string(known), result == 1 && reader != nullptr);
-        Guarded<PLUGIN_READER_CLASS_INFO> info;
+        MarkedRecord<PLUGIN_READER_CLASS_INFO> info;
         if (reader != nullptr && reader->GetClassInfo(&info.record) == 1)
             CheckRecord("reader of " + std::to_string(known), info, ReaderIdentity(), verdicts);
     }
@@ -118,7 +117,7 @@ std::unique_ptr<PLUGIN_FILE_READER_CLASS> NewReader(PLUGIN_FILE_READER_MODULE& m
 
 void CheckModule(PLUGIN_FILE_READER_MODULE& module, Verdicts& verdicts) {
     verdicts.CheckResult("GetModuleInfo without a record", 0, module.GetModuleInfo(nullptr));
-    Guarded<PLUGIN_READER_MODULE_INFO> info;
+    MarkedRecord<PLUGIN_READER_MODULE_INFO> info;
     verdicts.CheckResult("GetModuleInfo", 1, module.GetModuleInfo(&info.record));
     CheckRecord("module", info, ModuleIdentity(), verdicts);
     verdicts.CheckResult("ModuleReserved1", 0, module.ModuleReserved1());

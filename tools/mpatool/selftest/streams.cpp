@@ -1,6 +1,7 @@
 #include "mpatool/selftest/streams.h"
 
 #include "mpatool/selftest_streams.h"
+#include "trnmpafileread/plugin.h"
 
 #include <cstdio>
 
@@ -8,8 +9,8 @@ namespace mpatool {
 
 namespace {
 
-constexpr std::int32_t kLayer2 = 2322;
-constexpr std::int32_t kLayer3 = 2323;
+constexpr std::int32_t kLayer2 = TRN_CLASS_MPEG_AUDIO_LAYER_2;
+constexpr std::int32_t kLayer3 = TRN_CLASS_MPEG_AUDIO_LAYER_3;
 
 constexpr SelftestStream kStreams[] = {
     {L"layer3.mp3", kMusicLayer3, kLayer3, 44'100, 2, 40'000, "f35cd23238af8b15"},

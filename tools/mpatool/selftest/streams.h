@@ -1,7 +1,6 @@
 /// The streams that a selftest reads: built in, so that it needs nothing but the module.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string>

@@ -66,14 +66,18 @@ std::int64_t NextFF(SourceWindow& window, std::int64_t offset, std::int64_t end)
     return end;
 }
 
-const char* VersionText(const MpaFrameHeader& header) {
+} // namespace
+
+bool IsMpeg25(const MpaFrameHeader& header) {
     constexpr std::int32_t kLowestMpeg2Rate = 16000;
-    if (header.lsf == 0)
-        return "MPEG-1";
-    return header.sampleRate >= kLowestMpeg2Rate ? "MPEG-2" : "MPEG 2.5";
+    return header.lsf != 0 && header.sampleRate < kLowestMpeg2Rate;
 }
 
-} // namespace
+const char* VersionText(const MpaFrameHeader& header) {
+    if (header.lsf == 0)
+        return "MPEG-1";
+    return IsMpeg25(header) ? "MPEG 2.5" : "MPEG-2";
+}
 
 std::optional<MpaFrameHeader> HeaderAt(SourceWindow& window, std::int64_t offset) {
     return ParseAt(window.At(offset, trnmpa::kFrameHeaderBytes), 0, offset);

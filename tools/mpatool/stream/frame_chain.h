@@ -16,6 +16,12 @@ std::optional<trnmpa::MpaFrameHeader> HeaderAt(trnmpa::SourceWindow& window, std
 /// The frames can belong to one stream: equal in layer, version, sample rate, and single channel or not.
 bool HaveOneFormat(const trnmpa::MpaFrameHeader& x, const trnmpa::MpaFrameHeader& y);
 
+/// MPEG 2.5 is MPEG-2 at the lowest sample rates.
+bool IsMpeg25(const trnmpa::MpaFrameHeader& header);
+
+/// "MPEG-1", "MPEG-2" or "MPEG 2.5".
+const char* VersionText(const trnmpa::MpaFrameHeader& header);
+
 /// "MPEG-1 layer III, 44100 Hz, stereo".
 std::string FormatText(const trnmpa::MpaFrameHeader& header);
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mpa/frame_header.h"
-#include "mpatool/module/decoder.h"
+#include "mpatool/module/decoder_choice.h"
 
 #include <cstdint>
 #include <optional>

@@ -4,7 +4,7 @@
 #include "mpa/file_header_sources.h"
 #include "mpa/frame_walk.h"
 #include "mpatool/index/index_file.h"
-#include "mpatool/module/decoder.h"
+#include "mpatool/module/decoder_choice.h"
 #include "mpatool/stream/interruptible_source.h"
 #include "trcommontoolsr/file_access.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "decoder/layer3/side_info.h"
-#include "mpatool/module/decoder.h"
+#include "mpatool/module/decoder_choice.h"
 #include "mpatool/waveform/columns.h"
 
 #include <array>

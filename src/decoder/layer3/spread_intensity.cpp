@@ -1,4 +1,4 @@
-#include "decoder/kernels/spread_intensity.h"
+#include "decoder/layer3/spread_intensity.h"
 
 namespace trnmpa {
 

@@ -1,4 +1,4 @@
-#include "mpatool/stream/input_file.h"
+#include "mpatool/stream/collected_input.h"
 
 #include "mpatool/output/text_output.h"
 #include "os/console.h"
