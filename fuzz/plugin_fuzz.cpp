@@ -32,7 +32,8 @@ public:
                 "CreateFileIndex");
             break;
         case 9:
-            Require(IsTruth(reader_->CancelIndexing()), "CancelIndexing");
+            Require(IsTruth(Watched("CancelIndexing", AllWork(), [&] { return reader_->CancelIndexing(); })),
+                    "CancelIndexing");
             break;
         case 10:
             Progress(script.U8());
@@ -42,6 +43,10 @@ public:
             break;
         case 12:
             media_[script.U8() % 2].Rewrite({});
+            break;
+        case 13:
+            // A builder that is open writes on into the file that was there.
+            media_[script.U8() % 2].PutIndex(script.Take(script.U8()));
             break;
         default:
             Describe(script.U8());
@@ -55,7 +60,11 @@ private:
     fuzz::Work AllWork(std::size_t answerBytes = 0) const {
         const fuzz::Work first = media_[0].WorkFor(answerBytes);
         const fuzz::Work second = media_[1].WorkFor();
-        return {first.inputBytes + second.inputBytes, first.indexEntries + second.indexEntries, answerBytes};
+        fuzz::Work work;
+        work.inputBytes = first.inputBytes + second.inputBytes;
+        work.indexEntries = first.indexEntries + second.indexEntries;
+        work.answerBytes = answerBytes;
+        return work;
     }
 
     void Create(Input& script) {
@@ -63,7 +72,8 @@ private:
         constexpr std::int32_t kIdentifiers[] = {2321, 2322, 2323, 2323, 0, 2324, -1};
         PLUGIN_FILE_READER_CLASS* reader = nullptr;
         const std::int32_t identifier = script.Choose(kIdentifiers);
-        const std::int32_t created = module_.CreateReaderClass(identifier, &reader);
+        const std::int32_t created = Watched("CreateReaderClass", AllWork(),
+                                             [&] { return module_.CreateReaderClass(identifier, &reader); });
         reader_.reset(reader);
         Require((created == 1) == (identifier >= 2321 && identifier <= 2323), "CreateReaderClass");
         Require((reader != nullptr) == (created == 1), "a reader");
@@ -82,13 +92,19 @@ private:
         Require((flags & 15) != 0 || result == 1, "nothing to open fails");
     }
 
+    /// Completes an open that OpenFile did not.
+    std::int32_t Described(KW_MEDIA_BASE_INFO_ST* info) {
+        return Watched("GetFileInfo", AllWork(),
+                       [&] { return reader_->GetFileInfo(TRN_FILE_INFO_SAMPLE_READER, info); });
+    }
+
     void Read(Input& script) {
         const std::int64_t start = fuzz::TakeSamplePosition(script);
         const std::uint32_t count = fuzz::TakeSampleCount(script);
         unsigned char* data = nullptr;
         std::int32_t size = 0;
         KW_MEDIA_BASE_INFO_ST info;
-        const bool described = reader_->GetFileInfo(TRN_FILE_INFO_SAMPLE_READER, &info) == 1;
+        const bool described = Described(&info) == 1;
         const std::size_t answer = described ? std::size_t{count} * info.audioFormat.nBlockAlign : 0;
         const std::int32_t result = Watched("ReadSamples", AllWork(answer < (1u << 31) ? answer : 0), [&] {
             return reader_->ReadSamples(count, start, count, &data, &size);
@@ -114,7 +130,7 @@ private:
         KW_MEDIA_BASE_INFO_ST first;
         TRN_MEDIA_INFO2 second;
         Require(IsTruth(reader_->GetFileInfo(TRN_FILE_INFO_PROBE, &second)), "the probe's information");
-        Require(reader_->GetFileInfo(TRN_FILE_INFO_SAMPLE_READER, &first) <= 1, "the reader's information");
+        Require(Described(&first) <= 1, "the reader's information");
         if (kind != TRN_FILE_INFO_PROBE && kind != TRN_FILE_INFO_SAMPLE_READER)
             Require(reader_->GetFileInfo(kind, &first) == 0, "information of another kind");
         Require(reader_->GetFileInfo(kind, nullptr) == 0, "information for nobody");

@@ -110,6 +110,15 @@ Bytes PluginOperations(std::uint8_t flags) {
     return script.Done();
 }
 
+Bytes COperations() {
+    InputWriter script;
+    script.U8(0).U8(0).U8(2).U8(0).U8(9).U8(0).U8(30).U8(0).U8(0).U8(9).U8(5).U8(40).U8(0).U8(0);
+    script.U8(1).U8(0).U8(3).U8(2).U8(0).U8(0).U8(5).U8(0).U8(0).U8(6).U8(1).U32(3).U8(0);
+    script.U8(3).U8(3).U8(0).U8(0).U8(1).U8(8).U8(10).U8(20).U8(0).U8(0).U8(4).U8(3).U8(65).U8(0xC3).U8(0xA9);
+    script.U8(3).U8(1).U8(0).U8(2).U8(3).U8(0).U8(1).U8(9).U8(0).U8(200).U8(0xF1).U8(0);
+    return script.Done();
+}
+
 Bytes DecoderOperations() {
     InputWriter script;
     script.U8(0).U8(2).U8(0).U8(4).U8(0).U8(2).U8(5).U8(6).U16(100).U8(0).U8(2).U8(7).U8(1).U8(2).U8(7).U8(0);
@@ -128,6 +137,7 @@ void AddMedia(Seeds& seeds, const Media& media) {
               InputWriter().U8(0).Part(SampleOperations()).Append(media.bytes).Done());
     seeds.Add("slice_reader_fuzz", name,
               InputWriter().U8(0).Part(SliceOperations()).Append(media.bytes).Done());
+    seeds.Add("c_api_fuzz", name, InputWriter().U8(0).Part(COperations()).Append(media.bytes).Done());
 }
 
 void AddFile(Seeds& seeds, const Media& media) {
@@ -140,6 +150,8 @@ void AddFile(Seeds& seeds, const Media& media) {
               InputWriter().U8(4).Part(SampleOperations()).Append(media.bytes).Done());
     seeds.Add("slice_reader_fuzz", name,
               InputWriter().U8(1).Part(SliceOperations()).Part(media.index).Append(media.bytes).Done());
+    seeds.Add("c_api_fuzz", name,
+              InputWriter().U8(1).Part(COperations()).Part(media.index).Append(media.bytes).Done());
     for (const auto choice : std::initializer_list<std::uint8_t>{0, 1, 2})
         seeds.Add("index_file_fuzz", media.name + std::to_string(choice),
                   InputWriter().U8(choice).Append(Bytes(16)).Append(media.index).Done());

@@ -96,6 +96,33 @@ TEST_F(WorstRequests, LongSlices) {
     ReadSlices(1, Pcm(192'000, 2, 32), true);
 }
 
+// The shortest frames hold the most PCM, all of which goes through the filter that changes the rate.
+TEST_F(WorstRequests, LongSlicesOfShortFramesAtOtherRates) {
+    constexpr std::size_t kFrameBytes = 24;
+    constexpr std::int64_t kSeconds = 40;
+    constexpr std::uint32_t kRate = 24'000;
+    Bytes frame(kFrameBytes);
+    std::ranges::copy(Bytes{0xFF, 0xF3, 0x14, 0x44}, frame.begin());
+    const Media media(Repeated(frame, kFrameBytes * kRate * (kSeconds + 1) / 576));
+    for (const std::uint32_t rate : {94u, 48'000u, 192'000u}) {
+        TRN_MpAudioFileReader reader;
+        ASSERT_EQ(reader.Initialize(), 1);
+        ASSERT_EQ(reader.SetPerPCMFrameTime(kSeconds * 10'000'000), 1);
+        ASSERT_EQ(reader.SetInputFile(CComBSTR(media.Path().c_str())), 1);
+        ASSERT_EQ(reader.StartRead(), 1);
+        ASSERT_EQ(reader.SetOutputWAVEFormat(Pcm(rate, 2, 16)), 1);
+        unsigned char* data = nullptr;
+        std::int32_t length = 0;
+        WAVEFORMATEX format = {};
+        std::int32_t atEnd = 0;
+        fuzz::Work work = media.WorkFor(std::size_t{kSeconds} * rate * 4);
+        work.convertedBytes = work.answerBytes + std::size_t{kSeconds} * kRate * 4;
+        EXPECT_EQ(Watched("ReadFrame", work, [&] { return reader.ReadFrame(&data, length, &format, atEnd); }),
+                  1);
+        EXPECT_EQ(static_cast<std::size_t>(length), work.answerBytes);
+    }
+}
+
 TEST_F(WorstRequests, SlicesThatTheFileCannotFill) {
     ReadSlices(11'000, {}, false);
     ReadSlices(5000, Pcm(48000, 2, 32), false);

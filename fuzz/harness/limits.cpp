@@ -36,7 +36,8 @@ double Now() {
 } // namespace
 
 double TimeLimit(const Work& work) {
-    return TRN_FUZZ_TIME_FACTOR * (kSeconds + kSecondsPerByte * static_cast<double>(work.inputBytes));
+    return TRN_FUZZ_TIME_FACTOR *
+           (kSeconds + kSecondsPerByte * static_cast<double>(work.inputBytes + work.convertedBytes));
 }
 
 std::size_t MemoryLimit(const Work& work) {

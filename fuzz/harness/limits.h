@@ -12,10 +12,12 @@ struct Work {
     std::size_t inputBytes = 0;   ///< of the media file and its index, or of what else is read
     std::size_t indexEntries = 0; ///< that the index really has
     std::size_t answerBytes = 0;  ///< of PCM that the caller asks for
+    /// Of PCM that is brought to another rate for it, before and after.
+    std::size_t convertedBytes = 0;
 };
 
-/// Processor seconds: 1, and 2 for each million bytes of input. Slow builds get a multiple, see
-/// TRN_FUZZ_TIME_FACTOR in CMakeLists.txt.
+/// Processor seconds: 1, and 2 for each million bytes of input and of PCM that changes its rate. Slow builds
+/// get a multiple, see TRN_FUZZ_TIME_FACTOR in CMakeLists.txt.
 double TimeLimit(const Work& work);
 
 /// Bytes taken at a time beyond what was held before: 8 MiB, 16 for each entry, and the answer.

@@ -39,6 +39,10 @@ Media::Media(View media, const std::string& name) : name_(name), path_(test::Wid
 }
 
 Media::Media(View media, View index) : Media(media) {
+    PutIndex(index);
+}
+
+void Media::PutIndex(View index) {
     test::WriteFile(IndexPath(name_), index);
 }
 
@@ -61,7 +65,11 @@ Work Media::WorkFor(std::size_t answerBytes) const {
     const auto size = std::filesystem::file_size(IndexPath(name_), error);
     const std::size_t indexBytes = error ? 0 : static_cast<std::size_t>(size);
     const std::size_t entries = std::max(indexBytes, trnmpa::kIndexHeaderBytes) - trnmpa::kIndexHeaderBytes;
-    return {mediaBytes_ + indexBytes, entries / trnmpa::kIndexEntryBytes, answerBytes};
+    Work work;
+    work.inputBytes = mediaBytes_ + indexBytes;
+    work.indexEntries = entries / trnmpa::kIndexEntryBytes;
+    work.answerBytes = answerBytes;
+    return work;
 }
 
 } // namespace fuzz

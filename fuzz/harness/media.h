@@ -22,6 +22,9 @@ public:
 
     const std::wstring& Path() const { return path_; }
 
+    /// Puts an index beside the media file.
+    void PutIndex(View index);
+
     /// Cuts the media file, or writes it anew.
     void Rewrite(View media);
 

@@ -84,13 +84,16 @@ void SampleScript::Step(Input& script) {
         Open();
         break;
     case 1:
-        Require(reader_.Close() == 1, "Close");
+        Require(Watched("Close", media_.WorkFor(), [&] { return reader_.Close(); }) == 1, "Close");
         break;
     case 2:
-        Require(IsResult(reader_.Initialize()), "an unknown result of Initialize");
+        Require(IsResult(Watched("Initialize", media_.WorkFor(), [&] { return reader_.Initialize(); })),
+                "an unknown result of Initialize");
         break;
     case 3:
-        Require(IsResult(reader_.SetInputFile(media_.Path())), "an unknown result of SetInputFile");
+        Require(IsResult(Watched("SetInputFile", media_.WorkFor(),
+                                 [&] { return reader_.SetInputFile(media_.Path()); })),
+                "an unknown result of SetInputFile");
         break;
     case 4:
         GetInfo(false);

@@ -12,32 +12,44 @@ bool IsTruth(std::int32_t result) {
 
 SliceScript::SliceScript(Media& media) : media_(media) {}
 
+template <typename Operation>
+void SliceScript::Truth(const char* name, Operation&& operation) {
+    Require(IsTruth(Watched(name, media_.WorkFor(), std::forward<Operation>(operation))), name);
+}
+
 void SliceScript::Open() {
-    Require(reader_.Initialize() == 1, "Initialize");
-    Require(IsTruth(reader_.SetInputFile(Path())), "SetInputFile");
-    Require(IsTruth(Watched("StartRead", media_.WorkFor(), [&] { return reader_.StartRead(); })),
-            "StartRead");
-    Require(places_.Initialize() == 1 && IsTruth(places_.SetInputFile(Path())), "SetInputFile of places");
-    Require(IsTruth(places_.StartRead()), "StartRead of places");
+    Truth("Initialize", [&] { return reader_.Initialize(); });
+    Truth("SetInputFile", [&] { return reader_.SetInputFile(Path()); });
+    Truth("StartRead", [&] { return reader_.StartRead(); });
+    Truth("Initialize of places", [&] { return places_.Initialize(); });
+    Truth("SetInputFile of places", [&] { return places_.SetInputFile(Path()); });
+    Truth("StartRead of places", [&] { return places_.StartRead(); });
     tag_KW_MpaStreamInfo info = {};
     Require(places_.GetOriginalStreamInfo(info) == 1, "stream information");
 }
 
-/// Bytes of a slice with the settings as they are; 0 when the file cannot hold one, or it would have 2 GiB.
-std::size_t SliceScript::LargestSlice() {
+/// Reading one slice with the settings as they are. It has no PCM when the file cannot hold one, or it would
+/// have 2 GiB.
+Work SliceScript::SliceWork() {
     // No frame has less than 24 bytes, or more PCM.
     const double most = (static_cast<double>(media_.WorkFor().inputBytes) / 24 + 1) * 4608;
     WAVEFORMATEX format = {};
     reader_.GetOriginalStreamInfo(format);
     double bytes = static_cast<double>(time_) / 1e7 * format.nAvgBytesPerSec + format.nBlockAlign;
     if (bytes > most)
-        return 0;
+        return media_.WorkFor();
+    const double original = bytes;
     const bool isConverted = format_.wFormatTag == 1 && format_.nSamplesPerSec != 0;
     if (isConverted && format.nBlockAlign != 0 && format.nSamplesPerSec != 0)
         bytes *= static_cast<double>(format_.nSamplesPerSec) / format.nSamplesPerSec * format_.nChannels *
                  format_.wBitsPerSample / 8 / format.nBlockAlign;
     bytes += 16;
-    return bytes > 0 && bytes < 2147483648.0 ? static_cast<std::size_t>(bytes) : 0;
+    if (!(bytes > 0 && bytes < 2147483648.0))
+        return media_.WorkFor();
+    Work work = media_.WorkFor(static_cast<std::size_t>(bytes));
+    if (isConverted && format_.nSamplesPerSec != format.nSamplesPerSec)
+        work.convertedBytes = static_cast<std::size_t>(original + bytes);
+    return work;
 }
 
 void SliceScript::Read() {
@@ -45,8 +57,8 @@ void SliceScript::Read() {
     std::int32_t length = -1;
     WAVEFORMATEX format = {};
     std::int32_t atEnd = -1;
-    const std::int32_t result = Watched("ReadFrame", media_.WorkFor(LargestSlice()),
-                                        [&] { return reader_.ReadFrame(&data, length, &format, atEnd); });
+    const std::int32_t result =
+        Watched("ReadFrame", SliceWork(), [&] { return reader_.ReadFrame(&data, length, &format, atEnd); });
     Require(IsTruth(result) && IsTruth(atEnd), "ReadFrame");
     Require(length >= 0 && (length == 0 || data != nullptr), "a slice without PCM");
     Require(result == 1 || length == 0, "a failed read gives PCM");
@@ -54,7 +66,7 @@ void SliceScript::Read() {
 }
 
 void SliceScript::Jump(std::uint32_t slice) {
-    Require(reader_.SeekTo(slice) == 1, "SeekTo");
+    Truth("SeekTo", [&] { return reader_.SeekTo(slice); });
     Read();
 }
 
@@ -90,8 +102,7 @@ void SliceScript::SetFormat(Input& script) {
 
 void SliceScript::Find(std::int64_t time) {
     unsigned long position = 0;
-    Require(IsTruth(Watched("SeekTo", media_.WorkFor(), [&] { return places_.SeekTo(time, position); })),
-            "SeekTo of places");
+    Truth("SeekTo of places", [&] { return places_.SeekTo(time, position); });
 }
 
 void SliceScript::Step(Input& script) {
@@ -103,7 +114,7 @@ void SliceScript::Step(Input& script) {
         Require(reader_.StopRead() == 1, "StopRead");
         break;
     case 2:
-        Require(IsTruth(reader_.StartRead()), "StartRead");
+        Truth("StartRead", [&] { return reader_.StartRead(); });
         break;
     case 3:
         SetTime(script);

@@ -24,7 +24,10 @@ private:
     void SetTime(Input& script);
     void SetFormat(Input& script);
     void Find(std::int64_t time);
-    std::size_t LargestSlice();
+    Work SliceWork();
+    /// Runs an operation under a watch; it must answer 0 or 1.
+    template <typename Operation>
+    void Truth(const char* name, Operation&& operation);
 
     Media& media_;
     TRN_MpAudioFileReader reader_;

@@ -26,6 +26,9 @@ std::wstring ResolveLinks(const std::wstring& path);
 /// A file name for the half-made form of `path`: in the same folder, different for each process and call.
 std::wstring TemporaryNameBeside(const std::wstring& path);
 
+/// Makes an empty file under such a name, which nothing had before; empty when it cannot.
+std::wstring ReserveNameBeside(const std::wstring& path);
+
 /// Gives the file `from` the name `to`, in one step where the system can. With `replace`, an existing file of
 /// that name gives way; without, it makes the operation fail. Gives the system's reason for a failure, empty
 /// when done.

@@ -15,25 +15,25 @@ namespace {
 /// An index on its way; what was not put in its place is deleted.
 class UnfinishedIndex {
 public:
-    explicit UnfinishedIndex(const std::wstring& index)
-        : index_(os::ResolveLinks(index)), name_(os::TemporaryNameBeside(index_)) {}
+    explicit UnfinishedIndex(const std::wstring& index) : index_(os::ResolveLinks(index)) {
+        // Nothing but a file gives way to an index.
+        const os::PathKind kind = os::KindOfPath(index_);
+        if (kind == os::PathKind::kMissing || kind == os::PathKind::kFile)
+            name_ = os::ReserveNameBeside(index_);
+    }
     ~UnfinishedIndex() {
         try {
-            os::DeleteFileAt(name_);
+            if (!name_.empty())
+                os::DeleteFileAt(name_);
         } catch (...) {
-            // It stays when there is not even memory to say its name.
+            // It stays when there is not enough memory to form its name.
         }
     }
     UnfinishedIndex(const UnfinishedIndex&) = delete;
     UnfinishedIndex& operator=(const UnfinishedIndex&) = delete;
 
+    /// Empty when no index can be made there.
     const std::wstring& Name() const { return name_; }
-
-    /// Nothing but a file gives way to an index.
-    bool MayBePutInPlace() const {
-        const os::PathKind kind = os::KindOfPath(index_);
-        return kind == os::PathKind::kMissing || kind == os::PathKind::kFile;
-    }
     bool PutInPlace() { return os::MoveFileTo(name_, index_, true).empty(); }
 
 private:
@@ -78,7 +78,7 @@ trnmpa_result Build(const std::wstring& media, trnmpa_progress_function progress
     if (usable != TRNMPA_OK)
         return usable;
     UnfinishedIndex index(trnmpa::IndexPathFor(media));
-    if (!index.MayBePutInPlace())
+    if (index.Name().empty())
         return TRNMPA_ERROR_INDEX_WRITE;
     const trnmpa_result written = WriteIndex(media, index.Name(), [&](const trnmpa::IndexScanProgress& step) {
         reached = {sizeof reached, step.frames, step.bytesDone, step.bytesTotal};

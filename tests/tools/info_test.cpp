@@ -147,6 +147,12 @@ TEST_F(InfoTest, APathMayBeginWithASlash) {
     EXPECT_THAT(result.error, HasSubstr("/no such folder/song.mp3: "));
 }
 
+TEST_F(InfoTest, NamesCannotForgeLines) {
+    const ProcessResult result = RunCounting({"info", "no\nsuch\x1b.mp3"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_THAT(result.error, testing::StartsWith("mpatool: no\\x0asuch\\x1b.mp3: "));
+}
+
 TEST_F(InfoTest, NeedsAFile) {
     const ProcessResult result = RunCounting({"info", "--json"});
     EXPECT_EQ(result.exitStatus, 2);

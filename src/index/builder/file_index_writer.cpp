@@ -1,5 +1,7 @@
 #include "index/builder/file_index_writer.h"
 
+#include "os/output_file.h"
+
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -46,7 +48,7 @@ std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath,
     if (!OpenMedia(mediaPath))
         return 0;
     indexPath_ = indexPath;
-    if (!OpenIndex())
+    if (!OpenIndex(mediaPath))
         return 0;
     header_.mediaFileSize = static_cast<std::uint32_t>(media_->GetLength());
     scan_.emplace(*media_);
@@ -63,9 +65,10 @@ bool KwMpaFileIndexWriter::OpenMedia(const std::wstring& mediaPath) {
            media_->GetLength() <= std::numeric_limits<std::uint32_t>::max();
 }
 
-bool KwMpaFileIndexWriter::OpenIndex() {
+bool KwMpaFileIndexWriter::OpenIndex(const std::wstring& mediaPath) {
     unwritten_.clear();
-    return index_->Open(indexPath_) > 0 && WriteHeader(header_);
+    // A link from one name to the other would have the media file emptied.
+    return !os::IsSameFile(mediaPath, indexPath_) && index_->Open(indexPath_) > 0 && WriteHeader(header_);
 }
 
 std::int32_t KwMpaFileIndexWriter::CreateFileIndex() {

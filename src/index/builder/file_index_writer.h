@@ -55,7 +55,7 @@ public:
 
 private:
     bool OpenMedia(const std::wstring& mediaPath);
-    bool OpenIndex();
+    bool OpenIndex(const std::wstring& mediaPath);
     void Scan();
     bool ScanFrames();
     bool Append(const MpaIndexEntry& entry);

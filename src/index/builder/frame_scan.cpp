@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 namespace trnmpa {
 
@@ -70,7 +71,8 @@ bool FrameScan::Start(MpaIndexHeader& header) {
 
 std::optional<MpaIndexEntry> FrameScan::Next() {
     const auto frame = NextFrame();
-    if (!frame)
+    // A file that grows meanwhile may reach places that an entry cannot say.
+    if (!frame || frame->firstFrameOffset > std::numeric_limits<std::uint32_t>::max())
         return std::nullopt;
     return MpaIndexEntry{static_cast<std::uint32_t>(frame->firstFrameOffset),
                          static_cast<std::uint32_t>(frame->frameBytes)};

@@ -2,6 +2,7 @@
 
 #include "mpatool/command_line/time_parse.h"
 #include "mpatool/output/count_text.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/stream/frame_chain.h"
 #include "os/paths.h"
 
@@ -77,7 +78,7 @@ Json FindingObject(const Finding& finding) {
 } // namespace
 
 std::string ReadableCheck(const std::wstring& file, const StreamCheckResult& result) {
-    std::string text = os::NarrowToUtf8(file) + ": " + Summary(result) + "\n";
+    std::string text = ShownPath(file) + ": " + Summary(result) + "\n";
     const std::size_t width = FormatCount(result.fileBytes).size();
     for (const Finding& finding : result.findings.Sorted())
         text += "  byte " + Padded(FormatCount(finding.offset), width) + "  " +

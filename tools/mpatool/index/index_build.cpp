@@ -5,8 +5,8 @@
 #include "mpatool/index/index_end.h"
 #include "mpatool/index/index_file.h"
 #include "mpatool/index/index_progress.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/tool_error.h"
-#include "os/paths.h"
 #include "trnmpafileread/index_creator.h"
 
 #include <algorithm>
@@ -118,7 +118,7 @@ IndexBuild::Progress IndexBuild::Poll() {
 }
 
 IndexOutcome IndexBuild::Ended(IndexOutcome::End end, const std::string& message) const {
-    return {file_, end, 0, os::NarrowToUtf8(file_) + ": " + message};
+    return {file_, end, 0, ShownPath(file_) + ": " + message};
 }
 
 } // namespace mpatool

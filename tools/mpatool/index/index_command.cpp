@@ -6,6 +6,7 @@
 #include "mpatool/index/input_files.h"
 #include "mpatool/output/count_text.h"
 #include "mpatool/output/json_document.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/text_output.h"
 #include "mpatool/output/tool_error.h"
 #include "os/paths.h"
@@ -26,7 +27,7 @@ public:
 
     void Add(const std::wstring& file, const std::string& text, const Json& fields) {
         if (!json_)
-            return Print(os::NarrowToUtf8(file) + ": " + text + "\n");
+            return Print(ShownPath(file) + ": " + text + "\n");
         files_.push_back({{"file", os::NarrowToUtf8(file)}});
         files_.back().update(fields);
     }

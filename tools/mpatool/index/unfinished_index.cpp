@@ -1,6 +1,7 @@
 #include "mpatool/index/unfinished_index.h"
 
 #include "index/index_format.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/tool_error.h"
 #include "os/links.h"
 #include "os/output_file.h"
@@ -34,7 +35,7 @@ void Reserve(const std::wstring& media, const std::wstring& index) {
 std::string Remove(const std::wstring& path) {
     if (path.empty() || !Exists(path) || os::DeleteFileAt(path))
         return {};
-    return os::NarrowToUtf8(path) + " was left";
+    return ShownPath(path) + " was left";
 }
 
 } // namespace
@@ -110,7 +111,7 @@ std::string UnfinishedIndex::PutBack() {
     const std::wstring failure = os::MoveFileTo(aside_, index_, true);
     if (failure.empty())
         return "the old index is back in its place";
-    return "the old index is now " + os::NarrowToUtf8(aside_) + ": " + os::NarrowToUtf8(failure);
+    return "the old index is now " + ShownPath(aside_) + ": " + os::NarrowToUtf8(failure);
 }
 
 /// Gives what could not be removed.

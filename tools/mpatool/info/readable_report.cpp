@@ -1,7 +1,7 @@
 #include "mpatool/command_line/time_parse.h"
 #include "mpatool/info/file_report.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/stream/frame_chain.h"
-#include "os/paths.h"
 
 #include <cmath>
 #include <cstdio>
@@ -178,7 +178,7 @@ void AddDelivered(Page& page, const StreamScan& scan) {
 } // namespace
 
 std::string ReadableReport(const FileReport& report) {
-    Page page(os::NarrowToUtf8(report.file));
+    Page page(ShownPath(report.file));
     page.Line("size", std::to_string(report.scan.fileBytes) + " bytes");
     AddClaims(page, report);
     AddCounts(page, report.scan);

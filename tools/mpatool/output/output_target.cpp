@@ -1,5 +1,6 @@
 #include "mpatool/output/output_target.h"
 
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/text_output.h"
 #include "mpatool/output/tool_error.h"
 #include "os/console.h"
@@ -29,8 +30,7 @@ OutputFormat FormatByName(const std::wstring& path) {
         return OutputFormat::kRaw;
     if (path == kStandardOutput || os::KindOfPath(path) == os::PathKind::kDevice)
         return OutputFormat::kWave;
-    throw UsageError("-o " + os::NarrowToUtf8(path) +
-                     ": the name ends neither in .wav nor in .raw; say --format");
+    throw UsageError("-o " + ShownPath(path) + ": the name ends neither in .wav nor in .raw; say --format");
 }
 
 } // namespace

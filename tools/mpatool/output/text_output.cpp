@@ -1,5 +1,6 @@
 #include "mpatool/output/text_output.h"
 
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/tool_error.h"
 #include "os/console.h"
 
@@ -18,7 +19,7 @@ void Print(std::string_view text) {
 }
 
 void PrintError(std::string_view message) {
-    os::WriteErrorText("mpatool: " + std::string(message) + "\n");
+    os::WriteErrorText("mpatool: " + ShownText(message) + "\n");
 }
 
 void RequireWritten(os::WriteResult result, const os::OutputFile& file, const std::wstring& name) {

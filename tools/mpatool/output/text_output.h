@@ -11,7 +11,7 @@ namespace mpatool {
 /// Writes UTF-8 text to standard output. Throws OutputClosed, Interrupted or ToolError.
 void Print(std::string_view text);
 
-/// Writes "mpatool: MESSAGE" as a line to standard error.
+/// Writes "mpatool: MESSAGE" as a line to standard error, as ShownText has it.
 void PrintError(std::string_view message);
 
 /// Throws what a failed write to the output called `name` means.

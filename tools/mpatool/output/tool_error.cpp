@@ -1,12 +1,13 @@
 #include "mpatool/output/tool_error.h"
 
+#include "mpatool/output/shown_text.h"
 #include "os/error_text.h"
 #include "os/paths.h"
 
 namespace mpatool {
 
 ToolError::ToolError(const std::wstring& file, const std::string& reason)
-    : std::runtime_error(os::NarrowToUtf8(file) + ": " + reason) {}
+    : std::runtime_error(ShownPath(file) + ": " + reason) {}
 
 ToolError::ToolError(const std::wstring& file, const std::wstring& reason)
     : ToolError(file, os::NarrowToUtf8(reason)) {}

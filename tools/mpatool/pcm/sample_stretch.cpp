@@ -3,10 +3,10 @@
 #include "mpatool/module/exported_class.h"
 #include "mpatool/module/exported_names.h"
 #include "mpatool/output/progress_bar.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/text_output.h"
 #include "mpatool/output/tool_error.h"
 #include "os/console.h"
-#include "os/paths.h"
 #include "trnmpafileread/audio_reader.h"
 
 #include <algorithm>
@@ -78,7 +78,7 @@ void NoteEstimates(const StreamScan& scan, const std::wstring& file) {
     if (scan.index || (scan.IsConstantBitRate() && scan.isGapless))
         return;
     PrintError(
-        os::NarrowToUtf8(file) + ": positions are estimates (" +
+        ShownPath(file) + ": positions are estimates (" +
         (scan.IsConstantBitRate() ? "foreign bytes between frames" : "variable bit rate") +
         ", no index); to be exact, everything before --start is decoded first; --index builds an index");
 }

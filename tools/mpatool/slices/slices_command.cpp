@@ -1,13 +1,13 @@
 #include "mpatool/slices/slices_command.h"
 
 #include "mpatool/output/progress_bar.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/text_output.h"
 #include "mpatool/output/tool_error.h"
 #include "mpatool/pcm/pcm_conversion.h"
 #include "mpatool/pcm/pcm_output.h"
 #include "mpatool/slices/slice_source.h"
 #include "mpatool/stream/stream_scan.h"
-#include "os/paths.h"
 
 #include <cstdio>
 #include <limits>
@@ -86,7 +86,7 @@ void NoteLost(const SliceCount& count, const StreamScan& scan, const SlicesOptio
     const double slice = static_cast<double>(options.sliceTime) / kUnitsPerSecond;
     if (lost == 0)
         return;
-    const std::string name = os::NarrowToUtf8(options.file);
+    const std::string name = ShownPath(options.file);
     const double seconds = static_cast<double>(lost) / rate;
     if (lost < 0 || seconds > slice)
         PrintError(name + ": what follows the last slice, less than " + Milliseconds(slice) + ", is lost");

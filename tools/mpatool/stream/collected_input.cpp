@@ -1,10 +1,10 @@
 #include "mpatool/stream/collected_input.h"
 
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/text_output.h"
 #include "os/console.h"
 #include "os/error_text.h"
 #include "os/output_file.h"
-#include "os/paths.h"
 
 #include <cstdint>
 #include <vector>
@@ -45,9 +45,8 @@ InputFile::InputFile(const std::wstring& name) : name_(name), path_(name) {
 
 ToolError InputFile::ByName(const ToolError& error) const {
     const std::string message = error.what();
-    const std::string path = os::NarrowToUtf8(path_);
-    return message.starts_with(path) ? ToolError(os::NarrowToUtf8(name_) + message.substr(path.size()))
-                                     : error;
+    const std::string path = ShownPath(path_);
+    return message.starts_with(path) ? ToolError(ShownPath(name_) + message.substr(path.size())) : error;
 }
 
 } // namespace mpatool

@@ -3,6 +3,7 @@
 #include "mpatool/module/module_host.h"
 #include "mpatool/module/module_place.h"
 #include "mpatool/output/output_target.h"
+#include "mpatool/output/shown_text.h"
 #include "mpatool/output/text_output.h"
 #include "mpatool/output/tool_error.h"
 #include "mpatool/pcm/sample_stretch.h"
@@ -28,7 +29,7 @@ PictureFormat FormatOf(const WaveformOptions& options) {
         return PictureFormat::kSvg;
     if (extension == L".png")
         return PictureFormat::kPng;
-    throw UsageError("-o " + os::NarrowToUtf8(options.output) +
+    throw UsageError("-o " + ShownPath(options.output) +
                      ": the name ends neither in .svg nor in .png; say --format");
 }
 
@@ -42,7 +43,7 @@ std::wstring OutputPath(const WaveformOptions& options, PictureFormat format) {
 bool HasFrameLanes(const WaveformOptions& options, const StreamScan& scan) {
     if (!options.frames || scan.firstHeader.layer == 3)
         return options.frames;
-    PrintError(os::NarrowToUtf8(options.file) +
+    PrintError(ShownPath(options.file) +
                ": Layer II has neither block types nor a bit reservoir; drawn without --frames");
     return false;
 }
