@@ -21,7 +21,7 @@ public:
         try {
             os::DeleteFileAt(name_);
         } catch (...) {
-            // It stays when there is not even memory to say its name.
+            // It stays if there is not enough memory to form its name.
         }
     }
     UnfinishedIndex(const UnfinishedIndex&) = delete;
