@@ -106,7 +106,8 @@ private:
     }
 
     void Read(Input& script) {
-        auto info = trnmpa_info{.struct_size = sizeof(trnmpa_info)};
+        trnmpa_info info = {};
+        info.struct_size = sizeof info;
         trnmpa_reader_info(reader_.get(), &info);
         const std::int64_t start = fuzz::TakeSamplePosition(script);
         const std::uint32_t count = fuzz::TakeSampleCount(script);

@@ -1,22 +1,23 @@
-/// The sample reader as a class that host code links against: `TRN_MpAudioFileReader2`, behind the abstract
-/// interface `ITRN_AUDIO_READER_BASE`.
+/// The sample reader as a class that host code links against: `TRN_MpAudioFileReader2`, which implements the
+/// abstract interface `ITRN_AUDIO_READER_BASE`.
 ///
 ///     TRN_MpAudioFileReader2 reader;
 ///     KW_MEDIA_BASE_INFO_ST info;
-///     if (reader.Initialize() == 1 && reader.SetInputFile(L"song.mp3") == 1 && reader.GetItemInfo(&info) ==
-///     1) {
+///     if (reader.Initialize() == 1 && reader.SetInputFile(L"song.mp3") == 1 &&
+///         reader.GetItemInfo(&info) == 1) {
 ///         AudioReaderDataIn request;
 ///         request.sampleCount = 4096;
 ///         unsigned char* pcm = nullptr;
 ///         int bytes = 0;
-///         // `samples`: as many as the host wants; behind the end it gets silence, not a failure.
+///         // `samples`: as many as the host wants; past the end it gets silence, not a failure.
 ///         for (; request.startSample < samples; request.startSample += request.sampleCount)
 ///             if (reader.GetSamples(request, &pcm, bytes, nullptr) == 1)
 ///                 consume(pcm, bytes);
 ///     }
 ///
-/// Results are 1 for success and negative codes for failures (TRN_AUDIO_READER_*). Nothing is thrown. One
-/// object serves one caller at a time; different ones may be used on different threads.
+/// Results are 1 for success; failures are negative codes (TRN_AUDIO_READER_*), and 0 where an operation says
+/// so. Nothing is thrown. One object serves one caller at a time; different ones may be used on different
+/// threads.
 #pragma once
 
 #include "os/automation_string.h"
@@ -60,7 +61,7 @@ public:
     virtual std::int32_t GetSamples(AudioReaderDataIn request, unsigned char** data, std::int32_t& size,
                                     unsigned long* extra) = 0;
 
-    /// Describes the file in the record at `info`, whose kind the implementation names.
+    /// Describes the file in the record at `info`, whose type depends on the implementation.
     virtual std::int32_t GetItemInfo(void* info) = 0;
 
     /// Passes settings, in implementations that have some.
@@ -75,27 +76,27 @@ class TRN_EXPORT TRN_MpAudioFileReader2 : public ITRN_AUDIO_READER_BASE {
 public:
     TRN_MpAudioFileReader2();
     TRN_MpAudioFileReader2(const TRN_MpAudioFileReader2& other);            ///< shares the engine
-    TRN_MpAudioFileReader2& operator=(const TRN_MpAudioFileReader2& other); ///< lets go of its own engine
+    TRN_MpAudioFileReader2& operator=(const TRN_MpAudioFileReader2& other); ///< releases its own engine
 
-    /// Creates the engine, with the decoder that the settings file names; a second call lets go of the first
+    /// Creates the engine, with the decoder that the settings file names; a second call releases the first
     /// engine.
     std::int32_t Initialize();
 
     std::int32_t AddRef() override; ///< gives 1 and counts nothing
     std::int32_t GetRef() override; ///< gives 1
 
-    /// Lets go of the engine, whose last user closes the file; gives 1. The object itself stays its owner's
-    /// to delete.
+    /// Releases the engine, whose last user closes the file; gives 1. The object itself still has to be
+    /// deleted by its owner.
     std::int32_t Release() override;
 
-    /// Takes the file to open and finds the index beside it. 0 when there is an index that cannot be opened.
+    /// Takes the file to open and finds the index beside it. 0 if there is an index that cannot be opened.
     std::int32_t SetInputFile(CComBSTR path) override;
 
-    /// Reads request.sampleCount samples per channel from request.startSample; the other fields are not
-    /// looked at. `*data` points to signed 16-bit interleaved PCM, `size` has its bytes; the buffer belongs
-    /// to the engine and stays valid until its next call. A request that touches the end of the stream gives
-    /// silence of its full length; with the external decoder just what is missing is silence. `extra` is not
-    /// used.
+    /// Reads request.sampleCount samples per channel from request.startSample; the other fields are ignored.
+    /// `*data` points to signed 16-bit interleaved PCM, `size` is its length in bytes; the buffer belongs to
+    /// the engine and stays valid until its next call. A request that needs anything past the end of the
+    /// stream gives silence of its full length; with the external decoder only the missing part is silence.
+    /// `extra` is not used.
     std::int32_t GetSamples(AudioReaderDataIn request, unsigned char** data, std::int32_t& size,
                             unsigned long* extra) override;
 

@@ -1,5 +1,5 @@
-/// Two classes that host code links against: `TRN_MpAudioFileReader`, which delivers PCM in slices of one
-/// duration, and `TRN_MpaFileCompReader`, which tells a stream's format and the places of its frames.
+/// Two classes that host code links against: `TRN_MpAudioFileReader`, which delivers PCM in slices of fixed
+/// duration, and `TRN_MpaFileCompReader`, which reports a stream's format and the places of its frames.
 ///
 ///     TRN_MpAudioFileReader reader;
 ///     if (reader.Initialize() == 1 && reader.SetInputFile(L"song.mp3") == 1 && reader.StartRead() == 1) {
@@ -38,30 +38,31 @@ struct tag_KW_MpaStreamInfo {
 };
 static_assert(sizeof(tag_KW_MpaStreamInfo) == 20);
 
-/// PCM in slices of one duration, numbered from 0, in the stream's own format or another.
+/// PCM in slices of fixed duration, numbered from 0, in the stream's own format or another.
 ///
 /// Slice k is [k, k + 1) times the slice time, cut to whole samples, so that the slices in order are the
-/// stream, with nothing lost or doubled between them; what does not fill a last slice is not delivered.
-/// Without an index slice 0 begins behind the decoder's delay. After a jump in an MPEG-1 stream of constant
-/// bit rate or with an index, a slice is bit for bit what reading from the start gives. At the
-/// lower sampling frequencies a slice after a jump begins 550 samples later than in order; in streams of
-/// variable bit rate without an index, and behind the last entry of one, its place is estimated.
+/// stream, with nothing lost or repeated between them; what does not fill a last slice is not delivered.
+/// Without an index, slice 0 begins after the decoder's delay. After a jump in an MPEG-1 stream of constant
+/// bit rate, or with an index, a slice is, bit for bit, what reading from the start gives. In Layer III at
+/// the lower sampling frequencies without an index, a slice after a jump begins 550 samples later than in
+/// order; in streams of variable bit rate without an index, and past the last entry of an index, its place is
+/// estimated.
 class TRN_EXPORT TRN_MpAudioFileReader {
 public:
     TRN_MpAudioFileReader();
     TRN_MpAudioFileReader(const TRN_MpAudioFileReader& other);            ///< shares the engine
-    TRN_MpAudioFileReader& operator=(const TRN_MpAudioFileReader& other); ///< lets go of its own engine
+    TRN_MpAudioFileReader& operator=(const TRN_MpAudioFileReader& other); ///< releases its own engine
     virtual ~TRN_MpAudioFileReader();
 
-    /// Creates the engine; a second call keeps it. 0 only when memory runs out. All other operations give 0
-    /// before it.
+    /// Creates the engine; a second call keeps it. 0 only when memory runs out. Before the first call all
+    /// other operations give 0.
     std::int32_t Initialize();
 
-    /// The duration of a slice, 400,000 (40 ms) at the start. Gives 1 whatever is set; ReadFrame gives 0 for
+    /// Sets the duration of a slice, at first 400,000 (40 ms). Gives 1 whatever is set; ReadFrame gives 0 for
     /// one that is not positive, or whose slices have 2 GiB or more.
     std::int32_t SetPerPCMFrameTime(std::int64_t time);
 
-    /// Takes the file and looks for its index. 0 when it does not exist, or when there is an index that
+    /// Takes the file and looks for its index. 0 if the file does not exist, or if there is an index that
     /// cannot be opened.
     std::int32_t SetInputFile(CComBSTR path);
 
@@ -69,27 +70,27 @@ public:
     std::int32_t GetOriginalStreamInfo(WAVEFORMATEX& format);
 
     /// The format of the slices from now on; all zeros (the default) for the stream's own. PCM of 1 or 2
-    /// channels, 8, 16, 24 or 32 bits at a rate between 1/256 and 256 times the stream's is served; with
+    /// channels, 8, 16, 24 or 32 bits at a rate between 1/256 and 256 times the stream's is supported; with
     /// another format ReadFrame gives 0.
     std::int32_t SetOutputWAVEFormat(WAVEFORMATEX& format);
 
-    /// Opens the file and stands before slice 0. 0 when it holds no stream.
+    /// Opens the file and goes to slice 0. 0 if the file holds no stream.
     std::int32_t StartRead();
 
-    /// The next slice to read. Nothing is read or checked before ReadFrame; StartRead begins at 0 again.
+    /// Sets the next slice to read. Nothing is read or checked before ReadFrame; StartRead begins at 0 again.
     /// Gives 1.
     std::int32_t SeekTo(std::uint32_t slice);
 
-    /// Reads the next slice: `*data` points to its PCM, `length` has its bytes, `*format` (if not null) its
-    /// format. The bytes belong to the engine and stay valid until its next call. `atEnd` is 1 when the
-    /// stream ended before the slice was full; the result is then 0 and the slice empty, as after any
-    /// failure. A fault of the decoder on the way to a slice after a jump may give 1 with an empty slice
-    /// (length 0, data null); slices shorter than a sample may be empty, too. Whatever the result, the next
-    /// slice is the one after.
+    /// Reads the next slice: `*data` points to its PCM, `length` is its length in bytes, `*format` (if not
+    /// null) its format. The bytes belong to the engine and stay valid until its next call. `atEnd` is 1 when
+    /// the stream ended before the slice was full; the result is then 0 and the slice empty, as after any
+    /// failure. If the decoder fails on the way to a slice after a jump, the result may be 1 with an empty
+    /// slice (length 0, data null); slices shorter than a sample may be empty, too. Whatever the result, the
+    /// next call reads the slice after this one.
     std::int32_t ReadFrame(unsigned char** data, std::int32_t& length, WAVEFORMATEX* format,
                            std::int32_t& atEnd);
 
-    /// Does nothing: the file is closed with the engine. Gives 1.
+    /// Does nothing: the file is closed when the engine is destroyed. Gives 1.
     std::int32_t StopRead();
 
 private:
@@ -102,7 +103,7 @@ public:
     /// Creates the engine at once; without memory for it every operation but Initialize and StopRead gives 0.
     TRN_MpaFileCompReader();
     TRN_MpaFileCompReader(const TRN_MpaFileCompReader& other);            ///< shares the engine
-    TRN_MpaFileCompReader& operator=(const TRN_MpaFileCompReader& other); ///< lets go of its own engine
+    TRN_MpaFileCompReader& operator=(const TRN_MpaFileCompReader& other); ///< releases its own engine
     virtual ~TRN_MpaFileCompReader();
 
     /// Does nothing; gives 1.
@@ -115,8 +116,8 @@ public:
     std::int32_t GetOriginalStreamInfo(tag_KW_MpaStreamInfo& info);
 
     /// Stores the byte position of the frame that holds `time` in `position` and gives 1: exact with an index
-    /// and for constant bit rate, else an estimate; a time below 0 counts as 0. The decoder's delay is not
-    /// counted. Behind the end the place is computed likewise and lies outside the file, at most at
+    /// and for constant bit rate, otherwise an estimate; a time below 0 counts as 0. The decoder's delay is
+    /// not counted. Past the end, the place is computed in the same way and lies outside the file, at most at
     /// 4,294,967,295. 0, with nothing stored, before StartRead and for a stream without a format.
     std::int32_t SeekTo(std::int64_t time, unsigned long& position);
 

@@ -8,12 +8,12 @@
 ///     creator.GetFileIdxingProgress(progress);
 ///     // progress.state is 1: "song.mp3.idx" is complete.
 ///
-/// The index stands beside the media file, under its full name with ".idx" appended, and replaces what was
-/// there. Results are 32-bit integers, 1 for success and 0 for failure. Nothing is thrown.
+/// The index is beside the media file, under its full name with ".idx" appended, and replaces an earlier one.
+/// Results are 32-bit integers, 1 for success and 0 for failure. Nothing is thrown.
 ///
 /// Threads: Initialize, SetInputFile, CreateFileIndex and destruction belong to one thread.
-/// GetFileIdxingProgress and CancelIndexing may be called from any other at any time between, on the same
-/// object or on a copy; an object that is used on another thread must live as long as that use.
+/// GetFileIdxingProgress and CancelIndexing may be called from any other thread at any time in between, on
+/// the same object or on a copy; an object must live as long as another thread uses it.
 #pragma once
 
 #include "os/automation_string.h"
@@ -27,9 +27,9 @@ class KwMpaFileIndexWriter;
 
 /// Progress of the index builder, 40 bytes.
 struct PROGRESS_INFO {
-    /// The end of the last frame in hundredths of the file, so that a cut last frame may give more than 100;
-    /// 100 where the search behind it found no more. Computed in 32 bits: meaningless, at the end too, for
-    /// media files of more than 42,949,672 bytes. Go by `state`.
+    /// The end of the last frame as a percentage of the file, so that a last frame that is cut off may give
+    /// more than 100; 100 if the search after it found no more frames. Computed in 32 bits: meaningless, at
+    /// the end too, for media files of more than 42,949,672 bytes. Go by `state`.
     std::uint32_t percent;
     std::uint32_t framesIndexed; ///< entries so far
     unsigned char reserved[24];  ///< zeros
@@ -50,22 +50,23 @@ class TRN_EXPORT TRN_MpaFileIndexCreator {
 public:
     TRN_MpaFileIndexCreator();
     TRN_MpaFileIndexCreator(const TRN_MpaFileIndexCreator& other);            ///< shares the builder
-    TRN_MpaFileIndexCreator& operator=(const TRN_MpaFileIndexCreator& other); ///< lets go of its own builder
+    TRN_MpaFileIndexCreator& operator=(const TRN_MpaFileIndexCreator& other); ///< releases its own builder
     virtual ~TRN_MpaFileIndexCreator();
 
-    /// Lets go of an earlier builder and makes a new one. Once before each file. 0 only when memory runs out.
+    /// Releases an earlier builder and creates a new one. Call it once before each file. 0 only when memory
+    /// runs out.
     std::int32_t Initialize();
 
-    /// Opens the media file `path`, empties or makes its index, writes a placeholder header there (all zeros)
-    /// and finds the first frame. 0 before Initialize, when the media file cannot be opened, is 4 GiB or
-    /// longer or holds no frame where one is looked for, or when the index cannot be written; an index that
-    /// was emptied by then stays empty, and both files stay open until the next Initialize or destruction.
+    /// Opens the media file `path`, empties or creates its index, writes a placeholder header there (all
+    /// zeros) and finds the first frame. 0 before Initialize, if the media file cannot be opened, is 4 GiB or
+    /// longer or holds no frame where one is looked for, or if the index cannot be written; an index that was
+    /// emptied by then stays empty, and both files stay open until the next Initialize or destruction.
     std::int32_t SetInputFile(CComBSTR path);
 
-    /// Runs the whole scan on this thread and closes both files. 0 before Initialize; else 1, whether the run
-    /// finished, failed or was cancelled: GetFileIdxingProgress tells. Only a finished run leaves a complete
-    /// index; another leaves its entries behind a placeholder header. Once for each SetInputFile: a further
-    /// call changes no file and ends with state 2.
+    /// Runs the whole scan on this thread and closes both files. 0 before Initialize; otherwise 1, whether
+    /// the run finished, failed or was cancelled: GetFileIdxingProgress says which. Only a finished run
+    /// leaves a complete index; any other leaves its entries after a placeholder header. Call it once for
+    /// each SetInputFile: a further call changes no file and ends with state 2.
     std::int32_t CreateFileIndex();
 
     /// Copies the progress of the run to `progress`; its numbers may belong to two neighbouring frames. 0
@@ -73,8 +74,8 @@ public:
     std::int32_t GetFileIdxingProgress(PROGRESS_INFO& progress);
 
     /// Asks the running scan to stop and waits until it has closed its files. 1, at once when no scan runs; 0
-    /// before Initialize. To be called once for each Initialize: a further call only asks and does not wait.
-    /// A scan that is started later is not stopped by it.
+    /// before Initialize. Call it once for each Initialize: further calls request the cancellation but do not
+    /// wait. A scan that is started later is not stopped by it.
     std::int32_t CancelIndexing();
 
 private:

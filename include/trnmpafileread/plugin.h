@@ -1,4 +1,4 @@
-/// The plug-in boundary of the module: `GetPluginReadModule` and the interfaces behind it.
+/// The plug-in boundary of the module: `GetPluginReadModule` and the interfaces that it leads to.
 ///
 /// A host loads the module at run time and drives it like this:
 ///
@@ -11,7 +11,7 @@
 ///         reader->OpenFile(path, TRN_OPEN_SAMPLE_READER) == 1) {
 ///         unsigned char* pcm = nullptr;
 ///         std::int32_t bytes = 0;
-///         // `samples`: as many as the host wants; behind the end it gets silence, not a failure.
+///         // `samples`: as many as the host wants; past the end it gets silence, not a failure.
 ///         for (std::int64_t start = 0; start < samples; start += 4096)
 ///             if (reader->ReadSamples(0, start, 4096, &pcm, &bytes) == 1)
 ///                 consume(pcm, bytes);
@@ -45,8 +45,8 @@ inline constexpr std::uint32_t TRN_OPEN_SAMPLE_READER = 4;
 /// Treated like TRN_OPEN_SAMPLE_READER.
 inline constexpr std::uint32_t TRN_OPEN_SAMPLE_READER_ALTERNATE = 8;
 
-/// Result of OpenFile for a variable-bit-rate stream without an index: the probe found frames but leaves them
-/// undescribed, and no later phase was run.
+/// Result of OpenFile for a variable-bit-rate stream without an index: the probe found frames but does not
+/// describe them, and no later phase was run.
 inline constexpr std::int32_t TRN_OPEN_VARIABLE_BIT_RATE = 2;
 
 /// Kinds of PLUGIN_FILE_READER_CLASS::GetFileInfo.
@@ -83,8 +83,9 @@ struct PLUGIN_INDEX_PROGRESS {
     std::uint32_t percent;
     std::uint32_t framesIndexed; ///< index entries written so far
     std::int64_t reserved[3];    ///< zeros
-    std::uint32_t state;         ///< 0 running or not started, 1 finished, 2 failed, 3 cancelled
-    std::uint32_t padding;       ///< zero
+    /// 0 running or not started, 1 finished, 2 failed, 3 cancelled (TRN_INDEX_*, index_creator.h).
+    std::uint32_t state;
+    std::uint32_t padding; ///< zero
 };
 static_assert(sizeof(PLUGIN_INDEX_PROGRESS) == 40);
 
@@ -99,17 +100,17 @@ public:
 
     /// Opens `path` in the ways that `flags` (TRN_OPEN_*) name, in the order probe, sample reader, index
     /// builder; each replaces an earlier one of its kind, the others keep their file. 1 when all succeeded,
-    /// also for flags 0; TRN_OPEN_VARIABLE_BIT_RATE when the probe says so (later phases are then not run); 0
-    /// at the first failure.
+    /// also for flags 0; TRN_OPEN_VARIABLE_BIT_RATE if the probe gives that (later phases are then not run);
+    /// 0 at the first failure.
     ///
-    /// The index builder's open empties or makes the index beside the file and stands ready to build it; 0
-    /// for a file without a frame where one is looked for, of 4 GiB or more, or when the index cannot be
-    /// written.
+    /// The index builder's open empties or creates the index beside the file and prepares to build it; it
+    /// fails for a file without a frame where one is looked for, for a file of 4 GiB or more, or if the index
+    /// cannot be written.
     virtual std::int32_t OpenFile(std::wstring path, std::uint32_t flags) = 0;
 
     /// Builds the index beside the open file, on this thread, and gives 1 whether that finished, failed or
-    /// was cancelled: GetIndexProgress tells. 0 without an index builder. Engines that are open use the new
-    /// index from their next open on.
+    /// was cancelled: GetIndexProgress says which. 0 without an index builder. Engines that are open use the
+    /// new index from their next open on.
     virtual std::int32_t CreateFileIndex() = 0;
 
     /// Fills `record` with the builder's progress; may be called on another thread while CreateFileIndex
@@ -118,14 +119,14 @@ public:
     virtual std::int32_t GetIndexProgress(std::int32_t kind, PLUGIN_INDEX_PROGRESS* record) = 0;
 
     /// Called on another thread: stops a running CreateFileIndex and waits for its end. Gives 1; 0 without an
-    /// index builder. To be called once for each OpenFile: a further call only asks and does not wait.
+    /// index builder. Call it once for each OpenFile: further calls request the cancellation but do not wait.
     virtual std::int32_t CancelIndexing() = 0;
 
     /// Describes the file. With TRN_FILE_INFO_PROBE, `record` points to a TRN_MEDIA_INFO2 that is filled from
     /// the probe; with TRN_FILE_INFO_SAMPLE_READER, to a KW_MEDIA_BASE_INFO_ST whose audio format is that of
     /// the PCM that ReadSamples delivers. 1 on success; 0 for another kind, a null record or a missing
-    /// engine; after a failed open of the sample reader that engine's negative code. (Both records are the
-    /// media-detection library's.)
+    /// engine; after a failed open of the sample reader that engine's negative code. (Both records are
+    /// declared in trnmediadet/media_info.h.)
     virtual std::int32_t GetFileInfo(std::int32_t kind, void* record) = 0;
 
     /// Does nothing; gives 0.
@@ -133,11 +134,11 @@ public:
 
     /// Reads `count` samples per channel from sample `start` (both per channel, from the start of the stream)
     /// as signed 16-bit interleaved PCM. `stream` is ignored. On success (1) `*data` points to the PCM and
-    /// `*size` holds its length in bytes (count x channels x 2); the buffer belongs to the reader and stays
-    /// valid until its next ReadSamples, OpenFile or destruction. A request that needs anything behind the
-    /// end of the stream is answered with silence of the full length. 0 without an opened sample reader, for
-    /// a null pointer, a negative start, a zero count, a request of 2 GiB or more or beyond memory, or a
-    /// decoder failure.
+    /// `*size` is its length in bytes (count x channels x 2); the buffer belongs to the reader and stays
+    /// valid until its next ReadSamples, OpenFile or destruction. A request that needs anything past the end
+    /// of the stream gives silence of the full length. 0 without an opened sample reader, for a null pointer,
+    /// a negative start, a zero count, a request of 2 GiB or more or of more than memory allows, or a decoder
+    /// failure.
     virtual std::int32_t ReadSamples(std::uint32_t stream, std::int64_t start, std::uint32_t count,
                                      unsigned char** data, std::int32_t* size) = 0;
 
@@ -173,5 +174,5 @@ public:
 /// out.
 extern "C" TRN_EXPORT PLUGIN_FILE_READER_MODULE* GetPluginReadModule();
 
-/// Its type, for hosts that look it up at run time.
+/// The type of GetPluginReadModule, for hosts that look it up at run time.
 using GetPluginReadModuleFunction = PLUGIN_FILE_READER_MODULE* (*)();

@@ -25,9 +25,9 @@ int ErrorTerminalColumns();
 /// Writes UTF-8 text to standard error, also where the console has another encoding. Failures are ignored.
 void WriteErrorText(std::string_view text);
 
-/// Waits for bytes on standard input and reads what has come, at most what `destination` holds; 0 at its end.
-/// Nothing on a failure, which LastErrorText names, and when InterruptRequested came in while waiting (on
-/// Windows, where a pipe is waited for all the same, right behind it).
+/// Waits for bytes on standard input and reads what has come, at most what `destination` holds; 0 at the end
+/// of input; no value on a failure, which LastErrorText names, and when InterruptRequested came in while
+/// waiting (on Windows, where a pipe is waited for all the same, right after that).
 std::optional<std::size_t> ReadStandardInput(std::span<std::uint8_t> destination);
 
 /// To be called first in a program. From now on:

@@ -16,8 +16,7 @@ public:
     /// How far behind the next bit's byte a refill may read, at most.
     static constexpr int kBytesAhead = 16;
 
-    /// Goes on where the reader stands. Behind the end one zero is like the other: there it begins at the
-    /// first.
+    /// Goes on where the reader is. Past the end all bits are zero, so there it starts at the first of them.
     explicit BitWindow(const BitReader& reader)
         : start_(reader.Bytes()), behindEnd_(std::max(reader.Position() - reader.SizeInBits(), 0)) {
         const int first = reader.Position() - behindEnd_;

@@ -69,7 +69,8 @@ void SampleLayout::AddShared(int quantisationClass, int subband) {
 }
 
 void ReadSamples(BitReader& bits, const SampleLayout& layout, GranuleSamples& samples) {
-    // From the first zero behind the body's end on, one bit is like the other; a granule has room there.
+    // Past the body's end all bits are zero, so there it starts at the first of them; a granule has room
+    // there.
     const int start = std::min(bits.Position(), bits.SizeInBits());
     const std::uint8_t* bytes = bits.Bytes();
     for (const SampleLayout::Code& code : layout.single_.Codes()) {

@@ -25,6 +25,7 @@ extern "C" TRN_EXPORT PLUGIN_FILE_READER_MODULE* GetPluginReadModule() {
 #if defined(_WIN32)
 
 #include "os/paths.h"
+#include "plugin/boundary.h"
 
 #if defined(TRN_HAS_MFC)
 
@@ -37,8 +38,12 @@ BOOL StartModule(HINSTANCE instance) {
     if (AfxInitExtensionModule(g_extensionModule, instance) == 0)
         return FALSE;
     os::SetModuleInstance(instance);
-    new CDynLinkLibrary(g_extensionModule); // MFC owns it
-    return TRUE;
+    return trnmpa::Guarded(
+        []() -> BOOL {
+            new CDynLinkLibrary(g_extensionModule); // MFC owns it
+            return TRUE;
+        },
+        FALSE);
 }
 
 void EndModule() {

@@ -10,7 +10,7 @@
 namespace trnmpa {
 
 /// Bytes that only grow; growing drops the content. Room that nobody writes to is not touched, so that a
-/// request for far more than there turns out to be costs little more than what there is.
+/// request far beyond what exists costs little more than what exists.
 class ByteBuffer {
 public:
     /// Makes room for `bytes`. Throws std::bad_alloc; the buffer is then empty.

@@ -50,7 +50,7 @@ public:
     virtual std::int32_t Delay(std::int32_t layer) const = 0;
     /// True when layer III comes at half of its amplitude.
     virtual bool HalvesLayer3() const = 0;
-    /// True when an Outcome without bytes may come from a fault that passes.
+    /// True when an Outcome without bytes may be a passing fault, so that another try makes sense.
     virtual bool DeservesRetries() const = 0;
 };
 

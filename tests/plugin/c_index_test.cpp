@@ -1,6 +1,8 @@
 /// The plain C functions that build an index.
 #include <gtest/gtest.h>
 
+#include "os/output_file.h"
+#include "os/paths.h"
 #include "plugin/c_handles.h"
 #include "reader/reader_streams.h"
 
@@ -108,6 +110,27 @@ TEST_F(CIndex, WhatCannotBeIndexedKeepsItsIndex) {
     EXPECT_EQ(result_.bytes_total, 0u);
     fs::resize_file(song_, std::uintmax_t{1} << 32);
     EXPECT_EQ(Build(song_), TRNMPA_ERROR_TOO_LARGE);
+}
+
+/// Names of unfinished indexes can be foreseen.
+TEST_F(CIndex, WhatHasTheNameOfAnUnfinishedIndexStays) {
+    const std::string name = os::NarrowToUtf8(os::TemporaryNameBeside(Wide(song_)));
+    const std::string start = name.substr(0, name.rfind('-') + 1);
+    constexpr int kNames = 50;
+    for (int i = 0; i < kNames; ++i)
+        WriteFile(fs::path(start + std::to_string(i)), Bytes{7});
+    EXPECT_EQ(Build(song_), TRNMPA_OK);
+    EXPECT_EQ(ReadFile(index_), expected_);
+    for (int i = 0; i < kNames; ++i)
+        EXPECT_EQ(ReadFile(fs::path(start + std::to_string(i))), Bytes{7}) << i;
+    EXPECT_EQ(Names().size(), kNames + 2U);
+}
+
+TEST_F(CIndex, AMediaFileThatIsItsIndexStays) {
+    fs::create_hard_link(song_, index_);
+    EXPECT_EQ(Build(song_), TRNMPA_OK);
+    EXPECT_EQ(ReadFile(song_), stream_.bytes);
+    EXPECT_EQ(ReadFile(index_), expected_);
 }
 
 TEST_F(CIndex, AFolderInItsPlaceStays) {

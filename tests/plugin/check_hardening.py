@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Holds built files to what cmake/Hardening.cmake asks for. Usage: check_hardening.py READER FILE... where READER is
-readelf for ELF files, objdump for PE files."""
+"""Holds built files to what cmake/Hardening.cmake asks for. Usage: check_hardening.py [--fortified] READER FILE... where READER
+is readelf for ELF files, objdump for PE files; --fortified: calls of the C library are checked, in ELF files."""
 
 import re
 import subprocess
@@ -11,7 +11,7 @@ def output_of(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True, errors="replace").stdout
 
 
-def elf_faults(reader, path):
+def elf_faults(reader, path, fortified):
     headers = output_of(reader, "-hlW", path)
     dynamic = output_of(reader, "-dW", path)
     symbols = output_of(reader, "--dyn-syms", "-W", path)
@@ -26,11 +26,12 @@ def elf_faults(reader, path):
         "memory is writable and executable": not loads or any("W" in flags and "E" in flags for flags in loads),
         "the program has a fixed address": not is_library and not re.search(r"\(FLAGS_1\).*PIE", dynamic),
         "no function guards its stack": "__stack_chk_fail" not in symbols,
+        "no call of the C library is checked": fortified and not re.search(r"\b__(?!stack)\w+_chk\b", symbols),
     }
     return [text for text, is_fault in checks.items() if is_fault]
 
 
-def pe_faults(reader, path):
+def pe_faults(reader, path, _fortified):
     headers = output_of(reader, "-p", path)
     names = output_of(reader, "-t", path) + headers
     wanted = ("HIGH_ENTROPY_VA", "DYNAMIC_BASE", "NX_COMPAT")
@@ -43,12 +44,13 @@ def pe_faults(reader, path):
 
 
 def main():
-    reader, *paths = sys.argv[1:]
+    fortified = sys.argv[1:2] == ["--fortified"]
+    reader, *paths = sys.argv[2 if fortified else 1:]
     failed = not paths
     for path in paths:
         with open(path, "rb") as file:
             is_elf = file.read(4) == b"\x7fELF"
-        faults = (elf_faults if is_elf else pe_faults)(reader, path)
+        faults = (elf_faults if is_elf else pe_faults)(reader, path, fortified)
         failed |= bool(faults)
         print(f"{path}: {'; '.join(faults) or 'hardened'}")
     return 1 if failed else 0

@@ -308,4 +308,17 @@ TEST_F(IndexCreator, AnObjectIsAVirtualTableAndAPointer) {
     ExpectUninitialised(*heap, media_);
 }
 
+/// Archives may bring links.
+TEST_F(IndexCreator, AnIndexThatIsTheMediaFileIsRefused) {
+    fs::create_hard_link(media_, IndexPathOf(media_));
+    ASSERT_EQ(creator_.Initialize(), 1);
+    EXPECT_EQ(creator_.SetInputFile(Automation(media_)), 0);
+    EXPECT_EQ(creator_.CreateFileIndex(), 1);
+    EXPECT_EQ(ProgressOf(creator_).state, 2U);
+    EXPECT_EQ(test::ReadFile(media_), bytes_);
+    EXPECT_EQ(test::ReadFile(IndexPathOf(media_)), bytes_);
+    fs::remove(IndexPathOf(media_));
+    EXPECT_EQ(creator_.SetInputFile(Automation(media_)), 1);
+}
+
 } // namespace
