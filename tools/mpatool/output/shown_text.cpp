@@ -20,8 +20,12 @@ struct Range {
 constexpr Range kSpelledOut[] = {{0, 0x1F},        {0x7F, 0x9F},     {0x200E, 0x200F},
                                  {0x2028, 0x202E}, {0x2066, 0x2069}, {0xDC80, 0xDCFF}};
 
+std::uint32_t CodeOf(wchar_t character) {
+    return std::char_traits<wchar_t>::to_int_type(character);
+}
+
 bool IsSpelledOut(wchar_t character) {
-    const auto code = static_cast<std::uint32_t>(character);
+    const auto code = CodeOf(character);
     // With 16 bits the last range is halves of characters.
     return std::ranges::any_of(kSpelledOut, [code](const Range& range) {
         return code >= range.first && code <= range.last && (sizeof(wchar_t) > 2 || range.first != 0xDC80);
@@ -29,7 +33,7 @@ bool IsSpelledOut(wchar_t character) {
 }
 
 std::wstring SpelledOut(wchar_t character) {
-    const auto code = static_cast<std::uint32_t>(character);
+    const auto code = CodeOf(character);
     const bool isByte = code < 0x100 || code >= 0xDC80;
     char text[12];
     std::snprintf(text, sizeof text, isByte ? "\\x%02x" : "\\u%04x", isByte ? code & 0xFFu : code);
