@@ -1,5 +1,6 @@
 #include "support/subprocess.h"
 
+#include "os/error_text.h"
 #include "os/paths.h"
 
 #include <algorithm>
@@ -33,7 +34,8 @@ RunningProcess::RunningProcess(const fs::path& program, const std::vector<std::s
     setup.workingFolder = Wide(workingFolder);
     setup.errorFile = Wide(folder_.Path() / kErrorFile);
     if (!process_.Start(setup))
-        throw std::runtime_error("cannot run " + program.string());
+        throw std::runtime_error("cannot run " + program.string() + ": " +
+                                 os::NarrowToUtf8(os::LastErrorText()));
 }
 
 std::string RunningProcess::ReadOutput(std::size_t bytes) {
