@@ -9,8 +9,8 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -156,9 +156,9 @@ private:
                         (isThere ? TRNMPA_OK : TRNMPA_ERROR_ARGUMENT),
                     "trnmpa_slices_seek");
         Claimed<trnmpa_slice> slice(script);
-        // Of slices longer than the file there is nothing; the others have at most 8 bytes of 11 MHz.
-        fuzz::Work work = media_.WorkFor(64 << 20);
-        work.convertedBytes = 64 << 20;
+        // A tenth of a second of 8 bytes at 11 MHz; of longer slices the file has nothing.
+        fuzz::Work work = media_.WorkFor(10 << 20);
+        work.convertedBytes = 10 << 20;
         const trnmpa_result result = Watched("trnmpa_slices_next", work,
                                              [&] { return trnmpa_slices_next(slices_.get(), slice.Get()); });
         Require(IsResult(result), "trnmpa_slices_next");
@@ -186,16 +186,22 @@ private:
         Require(result != TRNMPA_OK || !media_.IndexOnDisk().empty(), "no index was built");
     }
 
-    /// Paths that lead nowhere, ended by a zero in a block of just their size.
+    /// Paths that lead nowhere, whatever the input says, ended by a zero in a block of just their size.
     void OpenForeignPath(Input& script) {
-        const fuzz::View text = script.Take(script.U8() % 64);
-        const auto path = std::make_unique<char[]>(text.size() + 1);
-        std::copy(text.begin(), text.end(), path.get());
-        path[text.size()] = '\0';
-        // Nothing that the input could name lies there.
-        const std::string missing = utf8_ + ".none/" + path.get();
+        std::vector<std::uint16_t> units(utf16_.begin(), utf16_.end() - 1);
+        units.insert(units.end(), {'.', 'n', 'o', 'n', 'e', '/'});
+        const bool isUtf8 = script.U8() % 2 == 0;
+        for (int left = script.U8() % 64; left > 0; --left)
+            units.push_back(isUtf8 ? script.U8() : script.U16());
+        units.push_back(0);
+        const auto bytes = std::make_unique<char[]>(units.size());
+        std::ranges::transform(units, bytes.get(),
+                               [](std::uint16_t unit) { return static_cast<char>(unit); });
+        const auto exact = std::make_unique<std::uint16_t[]>(units.size());
+        std::ranges::copy(units, exact.get());
         trnmpa_reader* reader = nullptr;
-        const trnmpa_result result = trnmpa_reader_open_utf8(missing.c_str(), &reader);
+        const trnmpa_result result = isUtf8 ? trnmpa_reader_open_utf8(bytes.get(), &reader)
+                                            : trnmpa_reader_open_utf16(exact.get(), &reader);
         Require((result == TRNMPA_ERROR_FILE || result == TRNMPA_ERROR_PATH) && reader == nullptr,
                 "a path that leads nowhere");
         Require(trnmpa_reader_open_utf8("", &reader) == TRNMPA_ERROR_PATH, "an empty path");
@@ -216,12 +222,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Input script(input.Part());
     const fuzz::View index = hasIndex ? input.Part() : fuzz::View();
     const fuzz::View bytes = input.Rest();
-    std::optional<fuzz::Media> media;
+    fuzz::Media media(bytes);
     if (hasIndex)
-        media.emplace(bytes, index);
-    else
-        media.emplace(bytes);
-    Host host(*media);
+        media.PutIndex(index);
+    Host host(media);
     while (!script.IsEmpty())
         host.Step(script);
     return 0;

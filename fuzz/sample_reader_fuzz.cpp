@@ -3,8 +3,6 @@
 #include "harness/sample_script.h"
 #include "harness/settings.h"
 
-#include <optional>
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input({data, size});
     const std::uint8_t kind = input.U8();
@@ -12,20 +10,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool hasIndex = (kind & 1) != 0;
     const fuzz::View index = hasIndex ? input.Part() : fuzz::View();
     const fuzz::View bytes = input.Rest();
-    std::optional<fuzz::Media> media;
+    fuzz::Media media(bytes);
     if (hasIndex)
-        media.emplace(bytes, index);
-    else
-        media.emplace(bytes);
+        media.PutIndex(index);
     fuzz::SelectDecoder((kind & 4) != 0 ? 1 : 0);
-    fuzz::SampleScript reader(*media);
+    fuzz::SampleScript reader(media);
     reader.Open();
     reader.Read(0, 2000);
     const bool cuts = (kind & 2) != 0;
     while (!script.IsEmpty()) {
         reader.Step(script);
         if (cuts && script.Size() == 8)
-            media->Rewrite(bytes.first(bytes.size() / 2));
+            media.Rewrite(bytes.first(bytes.size() / 2));
     }
     return 0;
 }

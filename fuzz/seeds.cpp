@@ -105,7 +105,7 @@ Bytes SliceOperations() {
 
 Bytes PluginOperations(std::uint8_t flags) {
     InputWriter script;
-    script.U8(0).U8(2).U8(1).U8(flags).U8(0).U8(4).U8(20).U8(10).U8(8).U8(10).U8(1).U8(13).U8(1);
+    script.U8(0).U8(2).U8(1).U8(flags).U8(0).U8(4).U8(20).U8(10).U8(8).U8(10).U8(1).U8(14).U8(1);
     script.U8(2).U8(6).U8(1).U8(5).U8(0).U8(30).U8(9).U8(11).U32(0x33504D2E).U8(12).U8(0).U8(1).U8(7).U8(0);
     return script.Done();
 }

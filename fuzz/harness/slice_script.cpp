@@ -13,15 +13,20 @@ bool IsTruth(std::int32_t result) {
 SliceScript::SliceScript(Media& media) : media_(media) {}
 
 template <typename Operation>
+void SliceScript::Success(const char* name, Operation&& operation) {
+    Require(Watched(name, media_.WorkFor(), std::forward<Operation>(operation)) == 1, name);
+}
+
+template <typename Operation>
 void SliceScript::Truth(const char* name, Operation&& operation) {
     Require(IsTruth(Watched(name, media_.WorkFor(), std::forward<Operation>(operation))), name);
 }
 
 void SliceScript::Open() {
-    Truth("Initialize", [&] { return reader_.Initialize(); });
+    Success("Initialize", [&] { return reader_.Initialize(); });
     Truth("SetInputFile", [&] { return reader_.SetInputFile(Path()); });
     Truth("StartRead", [&] { return reader_.StartRead(); });
-    Truth("Initialize of places", [&] { return places_.Initialize(); });
+    Success("Initialize of places", [&] { return places_.Initialize(); });
     Truth("SetInputFile of places", [&] { return places_.SetInputFile(Path()); });
     Truth("StartRead of places", [&] { return places_.StartRead(); });
     tag_KW_MpaStreamInfo info = {};
@@ -66,7 +71,7 @@ void SliceScript::Read() {
 }
 
 void SliceScript::Jump(std::uint32_t slice) {
-    Truth("SeekTo", [&] { return reader_.SeekTo(slice); });
+    Success("SeekTo", [&] { return reader_.SeekTo(slice); });
     Read();
 }
 

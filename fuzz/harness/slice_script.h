@@ -25,7 +25,10 @@ private:
     void SetFormat(Input& script);
     void Find(std::int64_t time);
     Work SliceWork();
-    /// Runs an operation under a watch; it must answer 0 or 1.
+    /// Runs an operation under a watch; it must answer 1.
+    template <typename Operation>
+    void Success(const char* name, Operation&& operation);
+    /// The same; it must answer 0 or 1.
     template <typename Operation>
     void Truth(const char* name, Operation&& operation);
 
