@@ -96,7 +96,7 @@ def check_windows(archive, folder):
                      "share/doc/trnmpafileread/licences/libz-mingw-w64-dev.txt",
                      "share/doc/trnmpafileread/licences/gcc-mingw-w64-base.txt"])
     os.environ["WINEPREFIX"] = str(folder / "wine")
-    run(EMULATOR, "wineboot", "--init", stdout=subprocess.DEVNULL)
+    run(SOURCE / "scripts" / "prepare-wine")
     run_tool(prefix, folder, [str(EMULATOR)])
     by_package(prefix, folder, TOOLCHAIN, [str(EMULATOR)], prefix / "share/doc/trnmpafileread/examples")
 

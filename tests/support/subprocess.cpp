@@ -4,7 +4,10 @@
 #include "os/paths.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdio>
 #include <stdexcept>
+#include <thread>
 
 namespace test {
 
@@ -13,6 +16,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kErrorFile = "stderr.txt";
+
+// Under Wine about one start in a thousand fails before the program runs at all.
+constexpr int kStartAttempts = 3;
+constexpr std::chrono::milliseconds kPauseBetweenStarts{200};
 
 std::string TextOf(const fs::path& file) {
     std::string text;
@@ -33,9 +40,14 @@ RunningProcess::RunningProcess(const fs::path& program, const std::vector<std::s
         setup.arguments.push_back(os::WidenUtf8(argument));
     setup.workingFolder = Wide(workingFolder);
     setup.errorFile = Wide(folder_.Path() / kErrorFile);
-    if (!process_.Start(setup))
-        throw std::runtime_error("cannot run " + program.string() + ": " +
-                                 os::NarrowToUtf8(os::LastErrorText()));
+    for (int attempt = 1; !process_.Start(setup); ++attempt) {
+        const std::string failure =
+            "cannot run " + program.string() + ": " + os::NarrowToUtf8(os::LastErrorText());
+        if (attempt == kStartAttempts)
+            throw std::runtime_error(failure);
+        std::fprintf(stderr, "%s (attempt %d of %d)\n", failure.c_str(), attempt, kStartAttempts);
+        std::this_thread::sleep_for(kPauseBetweenStarts);
+    }
 }
 
 std::string RunningProcess::ReadOutput(std::size_t bytes) {
