@@ -106,6 +106,8 @@ private:
         KW_MEDIA_BASE_INFO_ST info;
         const bool described = Described(&info) == 1;
         const std::size_t answer = described ? std::size_t{count} * info.audioFormat.nBlockAlign : 0;
+        if (!fuzz::IsWorthARead(answer))
+            return;
         const std::int32_t result = Watched("ReadSamples", AllWork(answer < (1u << 31) ? answer : 0), [&] {
             return reader_->ReadSamples(count, start, count, &data, &size);
         });

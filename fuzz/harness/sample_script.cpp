@@ -35,6 +35,10 @@ std::int64_t TakeSamplePosition(Input& script) {
     return kind < 0xF0 ? script.U32() % kMostSamples : script.I64();
 }
 
+bool IsWorthARead(std::size_t pcmBytes) {
+    return pcmBytes <= kMostSamples * std::size_t{16} || pcmBytes >= kRefusedBytes;
+}
+
 void SampleScript::Open() {
     const auto watched = [&](const char* name, auto operation) {
         const std::int32_t result = Watched(name, media_.WorkFor(), operation);
@@ -60,9 +64,8 @@ void SampleScript::Read(std::int64_t start, std::uint32_t count) {
     request.sampleCount = count;
     unsigned char* data = nullptr;
     std::int32_t size = -1;
-    // Wide samples, as an index may claim them, make a small count a large request.
     const std::size_t bytes = std::size_t{count} * info_.audioFormat.nBlockAlign;
-    if (bytes > kMostSamples * std::size_t{16} && bytes < kRefusedBytes)
+    if (!IsWorthARead(bytes))
         return;
     const std::size_t answer = bytes < kRefusedBytes ? bytes : 0;
     const std::int32_t result = Watched("GetSamples", media_.WorkFor(answer),

@@ -12,6 +12,10 @@ std::uint32_t TakeSampleCount(Input& script);
 /// Positions near the start, in a short file, and anywhere.
 std::int64_t TakeSamplePosition(Input& script);
 
+/// False for PCM that is large and yet small enough to be delivered: wide samples, as an index may claim
+/// them, make a small count such a request, which costs much time and tells little.
+bool IsWorthARead(std::size_t pcmBytes);
+
 /// One engine and what may be done with it.
 class SampleScript {
 public:
