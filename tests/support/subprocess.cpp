@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* kErrorFile = "stderr.txt";
 
-// Under Wine about one start in a thousand fails before the program runs at all.
+// Under Wine a start has failed, rarely, before the program ran at all.
 constexpr int kStartAttempts = 3;
 constexpr std::chrono::milliseconds kPauseBetweenStarts{200};
 
