@@ -4,6 +4,7 @@
 #include "plugin/c_records.h"
 #include "plugin/c_results.h"
 #include "reader/slice_reader.h"
+#include "reader/stream_format.h"
 
 #include <memory>
 #include <string>
@@ -27,18 +28,13 @@ bool IsServed(std::uint64_t streamRate, std::uint64_t rate) {
 
 /// The format that `options` ask for; zeros, the engine's word for the stream's own, when they ask for none.
 WAVEFORMATEX WantedFormat(const trnmpa_slice_options& options, const WAVEFORMATEX& original) {
-    WAVEFORMATEX wanted = {};
     if (options.sample_rate == 0 && options.channels == 0 && options.bits_per_sample == 0)
-        return wanted;
+        return {};
     const auto givenOr = [](std::uint32_t chosen, std::uint32_t own) { return chosen != 0 ? chosen : own; };
-    wanted.wFormatTag = 1;
-    wanted.nChannels = static_cast<std::uint16_t>(givenOr(options.channels, original.nChannels));
-    wanted.nSamplesPerSec = givenOr(options.sample_rate, original.nSamplesPerSec);
-    wanted.wBitsPerSample =
-        static_cast<std::uint16_t>(givenOr(options.bits_per_sample, original.wBitsPerSample));
-    wanted.nBlockAlign = static_cast<std::uint16_t>(wanted.nChannels * wanted.wBitsPerSample / 8);
-    wanted.nAvgBytesPerSec = wanted.nSamplesPerSec * wanted.nBlockAlign;
-    return wanted;
+    return trnmpa::PcmFormat(
+        static_cast<std::uint16_t>(givenOr(options.channels, original.nChannels)),
+        givenOr(options.sample_rate, original.nSamplesPerSec),
+        static_cast<std::uint16_t>(givenOr(options.bits_per_sample, original.wBitsPerSample)));
 }
 
 trnmpa_result OpenEngine(trnmpa::KwMpAudioReader& engine, const std::wstring& path,

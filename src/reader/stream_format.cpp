@@ -1,7 +1,6 @@
 #include "reader/stream_format.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 
 namespace trnmpa {
@@ -10,6 +9,13 @@ namespace {
 
 constexpr std::uint16_t kPcmFormatTag = 1;
 constexpr std::uint16_t kIndexFormatExtraBytes = 18;
+
+std::int32_t Saturated(std::uint32_t value) {
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::min<std::uint32_t>(value, kMost));
+}
+
+} // namespace
 
 WAVEFORMATEX PcmFormat(std::uint16_t channels, std::uint32_t sampleRate, std::uint16_t bitsPerSample) {
     WAVEFORMATEX format = {};
@@ -21,13 +27,6 @@ WAVEFORMATEX PcmFormat(std::uint16_t channels, std::uint32_t sampleRate, std::ui
     format.nAvgBytesPerSec = sampleRate * format.nBlockAlign;
     return format;
 }
-
-std::int32_t Saturated(std::uint32_t value) {
-    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(std::min<std::uint32_t>(value, kMost));
-}
-
-} // namespace
 
 WAVEFORMATEX PcmFormatOf(const MpaIndexHeader& header) {
     WAVEFORMATEX format = PcmFormat(header.channels, header.sampleRate, header.bitsPerSample);

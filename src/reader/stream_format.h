@@ -5,7 +5,12 @@
 #include "index/index_format.h"
 #include "os/wave_format.h"
 
+#include <cstdint>
+
 namespace trnmpa {
+
+/// PCM of that shape, the sizes worked out from it; any numbers will do, as an index claims them.
+WAVEFORMATEX PcmFormat(std::uint16_t channels, std::uint32_t sampleRate, std::uint16_t bitsPerSample);
 
 /// The PCM that the stream decodes to. The two differ in the extra size (18 and 0), as hosts know them.
 WAVEFORMATEX PcmFormatOf(const MpaIndexHeader& header);

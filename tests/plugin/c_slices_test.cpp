@@ -48,12 +48,13 @@ class CSlicesTest : public testing::Test {
 protected:
     /// The exported class, told in full what `options` leave open.
     static void Start(TRN_MpAudioFileReader& reader, const fs::path& path,
-                      const trnmpa_slice_options& options) {
+                      const trnmpa_slice_options& options, std::uint32_t ownChannels = 2,
+                      std::uint32_t ownBits = 16) {
         ASSERT_EQ(StartSlices(reader, path, options.slice_time != 0 ? options.slice_time : 400000), 1);
         const auto or_ = [](std::uint32_t wanted, std::uint32_t own) { return wanted != 0 ? wanted : own; };
-        WAVEFORMATEX format =
-            PcmFormat(or_(options.sample_rate, 44100), static_cast<std::uint16_t>(or_(options.channels, 2)),
-                      static_cast<std::uint16_t>(or_(options.bits_per_sample, 16)));
+        WAVEFORMATEX format = PcmFormat(or_(options.sample_rate, 44100),
+                                        static_cast<std::uint16_t>(or_(options.channels, ownChannels)),
+                                        static_cast<std::uint16_t>(or_(options.bits_per_sample, ownBits)));
         ASSERT_EQ(reader.SetOutputWAVEFormat(format), 1);
     }
     static void ExpectSame(const CSlice& slice, const Slice& expected) {
@@ -123,6 +124,24 @@ TEST_F(CSlicesTest, RefusesWhatIsNotServed) {
     const auto longest = Options(std::numeric_limits<std::int64_t>::max(), 0, 0, 0);
     const CSlices slices = ::OpenC(song_, &longest);
     EXPECT_EQ(NextC(*slices).code, TRNMPA_ERROR_DECODE) << "2 GiB and more";
+}
+
+/// What the options leave open comes from the index, and its numbers may be any: they are the class's too.
+TEST_F(CSlicesTest, TakeTheWidestFormatsOfAnIndex) {
+    Index index = IndexOf(SteadyStream(60));
+    for (const auto& [channels, bits] : {std::pair{60774, 62464}, {0xFFFF, 0xFFFF}, {0xFFFF, 16}}) {
+        index.header.channels = static_cast<std::uint16_t>(channels);
+        index.header.bitsPerSample = static_cast<std::uint16_t>(bits);
+        folder_.Add("song.mp3.idx", index.ToBytes());
+        for (const auto& options : {Options(0, 48000, 0, 0), Options(0, 0, 2, 0), Options(0, 0, 0, 16)}) {
+            TRN_MpAudioFileReader reader;
+            Start(reader, song_, options, index.header.channels, index.header.bitsPerSample);
+            const CSlices slices = ::OpenC(song_, &options);
+            const CSlice slice = NextC(*slices);
+            EXPECT_EQ(slice.code, TRNMPA_END) << "no stream fills such a slice";
+            ExpectSame(slice, ReadSlice(reader));
+        }
+    }
 }
 
 TEST_F(CSlicesTest, RefusesRecordsOfOtherSizes) {

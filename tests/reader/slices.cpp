@@ -79,7 +79,7 @@ WAVEFORMATEX PcmFormat(std::uint32_t rate, std::uint16_t channels, std::uint16_t
     format.nChannels = channels;
     format.nSamplesPerSec = rate;
     format.wBitsPerSample = bits;
-    format.nBlockAlign = static_cast<std::uint16_t>(channels * bits / 8);
+    format.nBlockAlign = static_cast<std::uint16_t>(std::uint32_t{channels} * bits / 8);
     format.nAvgBytesPerSec = rate * format.nBlockAlign;
     return format;
 }
