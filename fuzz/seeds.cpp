@@ -86,6 +86,51 @@ std::vector<Media> Files() {
     return files;
 }
 
+/// A stream beside indexes whose numbers are the smallest and largest that fit.
+std::vector<Media> FilesWithOddIndexes() {
+    using Header = trnmpa::MpaIndexHeader;
+    constexpr std::uint32_t kLargest = 0xFFFFFFFF;
+    const auto stream = test::SteadyStream(5);
+    const test::Index sound = test::IndexOf(stream);
+    std::vector<Media> files;
+    const auto add = [&](const std::string& name, const Header& header,
+                         const std::vector<trnmpa::MpaIndexEntry>& entries) {
+        files.push_back({name, stream.bytes, test::Index{header, entries}.ToBytes()});
+    };
+    const auto change = [&](const std::string& name, auto field, auto value) {
+        Header header = sound.header;
+        header.*field = value;
+        add(name, header, sound.entries);
+    };
+    for (const auto value : std::initializer_list<std::uint16_t>{0x0000, 0x7FFF, 0x8000, 0xFFFF}) {
+        const std::string suffix = "-" + std::to_string(value);
+        change("channels" + suffix, &Header::channels, value);
+        change("bits" + suffix, &Header::bitsPerSample, value);
+        change("frame-bytes" + suffix, &Header::frameBytes, value);
+        Header header = sound.header;
+        header.channels = header.bitsPerSample = value;
+        add("channels-and-bits" + suffix, header, sound.entries);
+    }
+    for (const std::uint32_t value : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, kLargest}) {
+        const std::string suffix = "-" + std::to_string(value);
+        change("frame-count" + suffix, &Header::frameCount, value);
+        change("bit-rate" + suffix, &Header::bitRate, value);
+        change("sample-rate" + suffix, &Header::sampleRate, value);
+        change("samples" + suffix, &Header::samplesPerFrame, value);
+        auto entries = sound.entries;
+        entries.back() = {value, value};
+        add("last-entry" + suffix, sound.header, entries);
+    }
+    for (const auto value : std::initializer_list<std::uint8_t>{0, 4, 255}) {
+        change("layer-" + std::to_string(value), &Header::layer, value);
+        change("version-" + std::to_string(value), &Header::version, value);
+    }
+    add("all-largest", {kLargest, kLargest, 255, 255, 0xFFFF, kLargest, kLargest, 0xFFFF, 0xFFFF, kLargest},
+        sound.entries);
+    add("all-zero", {}, {});
+    return files;
+}
+
 /// Reads in order and after jumps, with everything that opens and closes between.
 Bytes SampleOperations() {
     InputWriter script;
@@ -140,24 +185,42 @@ void AddMedia(Seeds& seeds, const Media& media) {
     seeds.Add("c_api_fuzz", name, InputWriter().U8(0).Part(COperations()).Append(media.bytes).Done());
 }
 
-void AddFile(Seeds& seeds, const Media& media) {
+/// With the index beside it.
+void AddReads(Seeds& seeds, const Media& media) {
     const std::string name = media.name + "-more";
-    seeds.Add("decoder_fuzz", name, InputWriter().Part(DecoderOperations()).Append(media.bytes).Done());
-    seeds.Add("index_builder_fuzz", name, InputWriter().U8(3).Append(media.bytes).Done());
     seeds.Add("sample_reader_fuzz", name,
               InputWriter().U8(3).Part(SampleOperations()).Part(media.index).Append(media.bytes).Done());
-    seeds.Add("sample_reader_fuzz", media.name + "-external",
-              InputWriter().U8(4).Part(SampleOperations()).Append(media.bytes).Done());
     seeds.Add("slice_reader_fuzz", name,
               InputWriter().U8(1).Part(SliceOperations()).Part(media.index).Append(media.bytes).Done());
     seeds.Add("c_api_fuzz", name,
               InputWriter().U8(1).Part(COperations()).Part(media.index).Append(media.bytes).Done());
+}
+
+void AddFile(Seeds& seeds, const Media& media) {
+    const std::string name = media.name + "-more";
+    seeds.Add("decoder_fuzz", name, InputWriter().Part(DecoderOperations()).Append(media.bytes).Done());
+    seeds.Add("index_builder_fuzz", name, InputWriter().U8(3).Append(media.bytes).Done());
+    seeds.Add("sample_reader_fuzz", media.name + "-external",
+              InputWriter().U8(4).Part(SampleOperations()).Append(media.bytes).Done());
+    AddReads(seeds, media);
     for (const auto choice : std::initializer_list<std::uint8_t>{0, 1, 2})
         seeds.Add("index_file_fuzz", media.name + std::to_string(choice),
                   InputWriter().U8(choice).Append(Bytes(16)).Append(media.index).Done());
     for (const auto flags : std::initializer_list<std::uint8_t>{1, 2, 4, 7, 15})
         seeds.Add("plugin_fuzz", media.name + std::to_string(flags),
                   InputWriter().Part(PluginOperations(flags)).Part(media.bytes).Append(media.bytes).Done());
+}
+
+void AddOddIndex(Seeds& seeds, const Media& media) {
+    AddReads(seeds, media);
+    seeds.Add("index_file_fuzz", media.name,
+              InputWriter().U8(0).Append(Bytes(16)).Append(media.index).Done());
+    InputWriter script;
+    script.U8(0).U8(2).U8(13).U8(0).U8(static_cast<std::uint8_t>(media.index.size())).Append(media.index);
+    for (const auto flags : std::initializer_list<std::uint8_t>{1, 2, 4, 7, 15})
+        script.Append(PluginOperations(flags));
+    seeds.Add("plugin_fuzz", media.name,
+              InputWriter().Part(script.Done()).Part(media.bytes).Append(media.bytes).Done());
 }
 
 void AddSettings(Seeds& seeds) {
@@ -200,6 +263,8 @@ int main(int argc, char** argv) {
         AddMedia(seeds, media);
         AddFile(seeds, media);
     }
+    for (const Media& media : FilesWithOddIndexes())
+        AddOddIndex(seeds, media);
     AddSettings(seeds);
     std::printf("%zu seeds\n", seeds.Count());
     return 0;
