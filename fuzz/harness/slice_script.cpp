@@ -41,7 +41,7 @@ Work SliceScript::SliceWork() {
     WAVEFORMATEX format = {};
     reader_.GetOriginalStreamInfo(format);
     double bytes = static_cast<double>(time_) / 1e7 * format.nAvgBytesPerSec + format.nBlockAlign;
-    if (bytes > most)
+    if (time_ <= 0 || bytes > most)
         return media_.WorkFor();
     const double original = bytes;
     const bool isConverted = format_.wFormatTag == 1 && format_.nSamplesPerSec != 0;

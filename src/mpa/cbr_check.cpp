@@ -2,6 +2,8 @@
 
 #include "mpa/saturate.h"
 
+#include <algorithm>
+
 namespace trnmpa {
 
 namespace {
@@ -32,8 +34,9 @@ bool HasFrameByRate(HeaderSource& source, const CbrStream& stream, const FrameHe
         SaturatingInt64(static_cast<double>(frame) * samples / info.sampleRate * info.bitRate / 8.0);
     if (position > 0)
         --position;
-    position += stream.firstFrameOffset;
-    for (int i = 0; i < kTries; ++i)
+    // Nothing matches behind the end.
+    position = std::min(position, stream.fileLength - stream.firstFrameOffset) + stream.firstFrameOffset;
+    for (int i = 0; i < kTries && i < stream.fileLength - position; ++i)
         if (SameCbrHeader(ReadFourBytes(source, position + i), reference))
             return true;
     return false;

@@ -14,11 +14,13 @@ namespace {
 /// Slices of usual lengths are one piece.
 constexpr std::int64_t kMostPieceBytes = 256 * 1024;
 
-/// More than a file of that length can decode to: no frame has fewer than 24 bytes (8 kbit/s at 24000 Hz).
+/// More than a file of that length can decode to, or than a slice may have: no frame has fewer than 24 bytes
+/// (8 kbit/s at 24000 Hz).
 std::int64_t PcmBytesBound(std::int64_t fileBytes) {
     constexpr std::int64_t kLeastFrameBytes = 24;
+    constexpr std::int64_t kLongEnough = std::int64_t{1} << 40;
     constexpr std::int64_t kMostPcmBytes = std::int64_t{kMaximumFramePcmValues} * sizeof(std::int16_t);
-    return (fileBytes / kLeastFrameBytes + 1) * kMostPcmBytes;
+    return (std::min(fileBytes, kLongEnough) / kLeastFrameBytes + 1) * kMostPcmBytes;
 }
 
 } // namespace

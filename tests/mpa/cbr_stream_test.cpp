@@ -75,6 +75,21 @@ TEST(CbrCheck, ByRateToleratesTwoBytes) {
     }
 }
 
+TEST(CbrCheck, PlacesBehindTheLongestFile) {
+    // By rate, a frame of layer II at 24000 Hz is twice as long as its length: the last place is half a file
+    // behind the end. The first of the equal lengths must not be there, or the rate is not asked.
+    constexpr FrameSpec kLayer2 = {
+        .version = test::kMpeg2, .layer = 2, .bitRateIndex = 14, .sampleRateIndex = 1};
+    constexpr std::int64_t kLength = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t kFirst = 2;
+    const auto header = test::HeaderOf(kLayer2);
+    test::ComputedSource source(kLength, [&](std::int64_t position) {
+        const bool isHeader = position < 1000 || position > kLength / 5 * 2;
+        return isHeader ? header[static_cast<std::size_t>((position - kFirst) & 3)] : std::uint8_t{0};
+    });
+    EXPECT_EQ(CheckCbr(source, StreamOf(kLength, kLayer2, kFirst)), CbrKind::kUnknown);
+}
+
 TEST(CbrCheck, ByRateNeedsTheThirdQuarterToo) {
     Bytes bytes = test::PaddedFrames(200);
     bytes[150 * 20480 / 49 + 2] ^= 0x10;

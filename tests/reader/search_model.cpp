@@ -83,8 +83,10 @@ std::size_t HeadBytes(const model::Header& header) {
 
 bool SaysInfo(const Bytes& file, std::size_t frame, std::size_t length) {
     constexpr std::string_view kText = "Info";
-    const auto place = file.begin() + static_cast<std::ptrdiff_t>(frame + 36);
-    return length >= 40 && std::equal(kText.begin(), kText.end(), place);
+    constexpr std::size_t kTextOffset = 36;
+    return length >= kTextOffset + kText.size() &&
+           std::equal(kText.begin(), kText.end(),
+                      file.begin() + static_cast<std::ptrdiff_t>(frame + kTextOffset));
 }
 
 /// Fills the model's frames from its start on.

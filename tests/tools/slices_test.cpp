@@ -30,6 +30,18 @@ protected:
         Add(name, test::ReadFile(test::SourceFolder() / "samples" / name));
     }
 
+    /// With an index beside it that claims another sample rate.
+    void AddSampleWithIndexAtRate(const std::string& name, std::uint32_t rate) {
+        AddSample(name);
+        Run({"index", name});
+        Bytes index = Read(name + ".idx");
+        trnmpa::MpaIndexHeader header =
+            trnmpa::ParseIndexHeader(std::span(index).first<trnmpa::kIndexHeaderBytes>());
+        header.sampleRate = rate;
+        std::ranges::copy(trnmpa::FormatIndexHeader(header), index.begin());
+        Add(name + ".idx", index);
+    }
+
     /// A run whose messages do not matter.
     ProcessResult Slices(std::vector<std::string> arguments) const {
         arguments.insert(arguments.begin(), {"slices"});
@@ -78,17 +90,18 @@ TEST_F(SlicesTest, ReaderThatEndsElsewhereThanTheFrames) {
 }
 
 TEST_F(SlicesTest, WithoutASampleAreNotReadForEver) {
-    AddSample("music.mp3");
-    Run({"index", "music.mp3"});
-    Bytes index = Read("music.mp3.idx");
-    trnmpa::MpaIndexHeader header =
-        trnmpa::ParseIndexHeader(std::span(index).first<trnmpa::kIndexHeaderBytes>());
-    header.sampleRate = 1;
-    std::ranges::copy(trnmpa::FormatIndexHeader(header), index.begin());
-    Add("music.mp3.idx", index);
+    AddSampleWithIndexAtRate("music.mp3", 1);
     const ProcessResult result = Slices({"music.mp3", "--time", "1", "-o", "out.wav"});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.error, "mpatool: music.mp3: slices of that time hold no sample at 1 Hz\n");
+}
+
+TEST_F(SlicesTest, FarBehindTheEndAtTheHighestRateOfAnIndex) {
+    AddSampleWithIndexAtRate("music.mp3", 0xFFFFFFFF);
+    const ProcessResult result =
+        Slices({"music.mp3", "--time", "10000", "--start", "4294967295", "-o", "out.wav"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.error, "mpatool: music.mp3: --start (slice 4294967295) lies behind the end\n");
 }
 
 TEST_F(SlicesTest, FailureLeavesNoHalfFile) {

@@ -45,12 +45,13 @@ std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath,
         return 0;
     scan_.reset();
     indexPath_ = mediaPath;
-    if (!OpenMedia(mediaPath))
+    const auto mediaBytes = OpenMedia(mediaPath);
+    if (!mediaBytes)
         return 0;
     indexPath_ = indexPath;
     if (!OpenIndex(mediaPath))
         return 0;
-    header_.mediaFileSize = static_cast<std::uint32_t>(media_->GetLength());
+    header_.mediaFileSize = *mediaBytes;
     scan_.emplace(*media_);
     // A length that the system did not tell would end the scan at its first frame.
     if (scan_->Start(header_) && header_.mediaFileSize != 0)
@@ -59,10 +60,14 @@ std::int32_t KwMpaFileIndexWriter::SetInputFile(const std::wstring& mediaPath,
     return 0;
 }
 
-bool KwMpaFileIndexWriter::OpenMedia(const std::wstring& mediaPath) {
+std::optional<std::uint32_t> KwMpaFileIndexWriter::OpenMedia(const std::wstring& mediaPath) {
+    if (TRCT_FileExists(os::ToAutomationString(mediaPath)) == 0 || media_->Open(mediaPath) <= 0)
+        return std::nullopt;
+    const std::int64_t bytes = media_->GetLength();
     // An index has 32-bit offsets; what it cannot describe must not cost the file's present index.
-    return TRCT_FileExists(os::ToAutomationString(mediaPath)) != 0 && media_->Open(mediaPath) > 0 &&
-           media_->GetLength() <= std::numeric_limits<std::uint32_t>::max();
+    if (bytes > std::numeric_limits<std::uint32_t>::max())
+        return std::nullopt;
+    return static_cast<std::uint32_t>(bytes);
 }
 
 bool KwMpaFileIndexWriter::OpenIndex(const std::wstring& mediaPath) {

@@ -54,7 +54,8 @@ public:
     std::int32_t CancelIndexing();
 
 private:
-    bool OpenMedia(const std::wstring& mediaPath);
+    /// The file's length, if an index can describe it.
+    std::optional<std::uint32_t> OpenMedia(const std::wstring& mediaPath);
     bool OpenIndex(const std::wstring& mediaPath);
     void Scan();
     bool ScanFrames();

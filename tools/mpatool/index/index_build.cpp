@@ -50,7 +50,7 @@ void RequireWhole(const std::wstring& file, const UnfinishedIndex& place, std::i
 
 IndexBuild::IndexBuild(std::wstring file, bool replace, MakeReader makeReader)
     : file_(std::move(file)), replace_(replace), makeReader_(std::move(makeReader)),
-      mediaBytes_(mpatool::MediaBytes(file_)) {}
+      bytesToIndex_(mpatool::BytesToIndex(file_)) {}
 
 IndexOutcome IndexBuild::Run() {
     try {
@@ -111,10 +111,10 @@ IndexBuild::Progress IndexBuild::Poll() {
     if (reader_ == nullptr)
         return {};
     const PLUGIN_INDEX_PROGRESS record = reader_->IndexProgress();
-    const std::int64_t done = mediaBytes_ <= kExactPercentBytes
-                                  ? mediaBytes_ * std::int64_t{record.percent} / 100
+    const std::int64_t done = bytesToIndex_ <= kExactPercentBytes
+                                  ? bytesToIndex_ * std::int64_t{record.percent} / 100
                                   : IndexedBytes(unfinishedIndex_);
-    return {std::min(done, mediaBytes_), record.framesIndexed};
+    return {std::min(done, bytesToIndex_), record.framesIndexed};
 }
 
 IndexOutcome IndexBuild::Ended(IndexOutcome::End end, const std::string& message) const {

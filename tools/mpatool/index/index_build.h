@@ -44,8 +44,8 @@ public:
     };
     Progress Poll();
 
-    /// Length of the media file in bytes when the build was announced; 0 when it cannot be read.
-    std::int64_t MediaBytes() const { return mediaBytes_; }
+    /// What the media file adds to the run's bytes, as it was when the build was announced.
+    std::int64_t BytesToIndex() const { return bytesToIndex_; }
 
 private:
     IndexOutcome Build();
@@ -56,7 +56,7 @@ private:
     const std::wstring file_;
     const bool replace_;
     const MakeReader makeReader_;
-    const std::int64_t mediaBytes_;
+    const std::int64_t bytesToIndex_;
     std::atomic<bool> cancelled_ = false;
 
     std::mutex mutex_;               ///< guards what follows

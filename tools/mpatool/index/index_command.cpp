@@ -82,7 +82,7 @@ public:
     explicit Verifier(const std::vector<std::wstring>& files) {
         done_.totalFiles = files.size();
         for (const std::wstring& file : files)
-            done_.totalBytes += MediaBytes(file);
+            done_.totalBytes += BytesToIndex(file);
     }
 
     IndexVerdict Verify(const std::wstring& file) {
@@ -94,7 +94,7 @@ public:
 
     void NoteEnd(const std::wstring& file) {
         bar_.Clear();
-        done_.doneBytes += MediaBytes(file);
+        done_.doneBytes += BytesToIndex(file);
         ++done_.doneFiles;
     }
 

@@ -26,7 +26,7 @@ IndexPool::IndexPool(ModuleHost& host, const IndexJob& job) {
     };
     for (const std::wstring& file : job.files) {
         builds_.push_back(std::make_unique<IndexBuild>(file, job.replace, makeReader));
-        ended_.totalBytes += builds_.back()->MediaBytes();
+        ended_.totalBytes += builds_.back()->BytesToIndex();
     }
     ended_.totalFiles = builds_.size();
     StartThreads(std::min(static_cast<std::size_t>(job.threads), builds_.size()));
@@ -70,7 +70,7 @@ IndexBuild* IndexPool::TakeNext() {
 void IndexPool::NoteEnd(IndexBuild& build, IndexOutcome outcome) {
     const std::lock_guard lock(mutex_);
     std::erase(running_, &build);
-    ended_.doneBytes += build.MediaBytes();
+    ended_.doneBytes += build.BytesToIndex();
     ended_.frames += outcome.frames;
     ++ended_.doneFiles;
     outcomes_.push_back(std::move(outcome));

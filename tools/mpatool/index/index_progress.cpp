@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 
 namespace mpatool {
 
@@ -57,6 +58,11 @@ std::int64_t IndexedBytes(const std::wstring& path) {
 std::int64_t MediaBytes(const std::wstring& path) {
     os::File file;
     return file.Open(path) ? file.Length() : 0;
+}
+
+std::int64_t BytesToIndex(const std::wstring& path) {
+    constexpr std::int64_t kMost = std::numeric_limits<std::uint32_t>::max();
+    return std::min(MediaBytes(path), kMost);
 }
 
 void IndexProgressBar::Draw(IndexProgress progress) {

@@ -27,8 +27,11 @@ std::string FormatIndexProgress(const IndexProgress& progress, int columns);
 /// that it lists; 0 when it lists none yet.
 std::int64_t IndexedBytes(const std::wstring& path);
 
-/// What a file adds to `totalBytes`: its length in bytes, 0 when it cannot be read.
+/// The length of a file in bytes, 0 when it cannot be read.
 std::int64_t MediaBytes(const std::wstring& path);
+
+/// What a file adds to `totalBytes`: its length, as far as an index can describe it.
+std::int64_t BytesToIndex(const std::wstring& path);
 
 class IndexProgressBar {
 public:

@@ -42,8 +42,7 @@ SliceCount CountSlices(ModuleHost& host, const SlicesOptions& options) {
     SliceSource source(host, options.file, options.sliceTime);
     source.GoTo(options.start);
     SliceCount count;
-    count.samples.begin = SampleOfSlice(options.start, options.sliceTime, source.Format().sampleRate);
-    count.samples.end = count.samples.begin;
+    std::int64_t samples = 0;
     const std::uint32_t wanted = options.count.value_or(std::numeric_limits<std::uint32_t>::max());
     while (count.slices < wanted) {
         const auto slice = source.Next();
@@ -51,9 +50,13 @@ SliceCount CountSlices(ModuleHost& host, const SlicesOptions& options) {
             count.reachedEnd = true;
             break;
         }
-        count.samples.end += static_cast<std::int64_t>(slice->size() / source.Format().BytesPerSample());
+        samples += static_cast<std::int64_t>(slice->size() / source.Format().BytesPerSample());
         ++count.slices;
     }
+    // Far behind the end, at a rate that an index claims, the place of a slice would not fit.
+    if (count.slices > 0)
+        count.samples.begin = SampleOfSlice(options.start, options.sliceTime, source.Format().sampleRate);
+    count.samples.end = count.samples.begin + samples;
     return count;
 }
 
