@@ -216,9 +216,11 @@ void AddOddIndex(Seeds& seeds, const Media& media) {
     seeds.Add("index_file_fuzz", media.name,
               InputWriter().U8(0).Append(Bytes(16)).Append(media.index).Done());
     InputWriter script;
-    script.U8(0).U8(2).U8(13).U8(0).U8(static_cast<std::uint8_t>(media.index.size())).Append(media.index);
-    for (const auto flags : std::initializer_list<std::uint8_t>{1, 2, 4, 7, 15})
+    for (const auto flags : std::initializer_list<std::uint8_t>{1, 2, 4, 7, 15}) {
+        // Put there each time, as an index that is built takes its place.
+        script.U8(0).U8(2).U8(13).U8(0).U8(static_cast<std::uint8_t>(media.index.size())).Append(media.index);
         script.Append(PluginOperations(flags));
+    }
     seeds.Add("plugin_fuzz", media.name,
               InputWriter().Part(script.Done()).Part(media.bytes).Append(media.bytes).Done());
 }

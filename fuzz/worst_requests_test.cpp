@@ -7,6 +7,7 @@
 #include "fileio/file_stream.h"
 #include "reader/reader_streams.h"
 #include "reader/sample_reader.h"
+#include "reader/stream_format.h"
 
 #include <gtest/gtest.h>
 
@@ -18,6 +19,7 @@ using fuzz::Bytes;
 using fuzz::Media;
 using fuzz::Repeated;
 using fuzz::Watched;
+using trnmpa::PcmFormat;
 
 constexpr std::size_t kMiB = std::size_t{1} << 20;
 
@@ -54,15 +56,6 @@ TEST_F(WorstRequests, RequestsOfNearlyTwoGiB) {
 
 namespace {
 
-WAVEFORMATEX Pcm(std::uint32_t rate, std::uint16_t channels, std::uint16_t bits) {
-    WAVEFORMATEX format = {};
-    format.wFormatTag = 1;
-    format.nSamplesPerSec = rate;
-    format.nChannels = channels;
-    format.wBitsPerSample = bits;
-    return format;
-}
-
 /// Slices of `seconds` of a file of `seconds`, in a format.
 void ReadSlices(std::int64_t seconds, WAVEFORMATEX output, bool fits) {
     static const Media media(Repeated(test::Layer2Stream(50).bytes, 576 * 50 * 20));
@@ -91,9 +84,9 @@ void ReadSlices(std::int64_t seconds, WAVEFORMATEX output, bool fits) {
 // Of a slice only the result itself grows with its length.
 TEST_F(WorstRequests, LongSlices) {
     ReadSlices(20, {}, true);
-    ReadSlices(20, Pcm(48000, 1, 8), true);
-    ReadSlices(10, Pcm(44100, 2, 16), true);
-    ReadSlices(1, Pcm(192'000, 2, 32), true);
+    ReadSlices(20, PcmFormat(1, 48000, 8), true);
+    ReadSlices(10, PcmFormat(2, 44100, 16), true);
+    ReadSlices(1, PcmFormat(2, 192'000, 32), true);
 }
 
 // The shortest frames hold the most PCM, all of which goes through the filter that changes the rate.
@@ -110,7 +103,7 @@ TEST_F(WorstRequests, LongSlicesOfShortFramesAtOtherRates) {
         ASSERT_EQ(reader.SetPerPCMFrameTime(kSeconds * 10'000'000), 1);
         ASSERT_EQ(reader.SetInputFile(CComBSTR(media.Path().c_str())), 1);
         ASSERT_EQ(reader.StartRead(), 1);
-        WAVEFORMATEX output = Pcm(rate, 2, 16);
+        WAVEFORMATEX output = PcmFormat(2, rate, 16);
         ASSERT_EQ(reader.SetOutputWAVEFormat(output), 1);
         unsigned char* data = nullptr;
         std::int32_t length = 0;
@@ -126,8 +119,8 @@ TEST_F(WorstRequests, LongSlicesOfShortFramesAtOtherRates) {
 
 TEST_F(WorstRequests, SlicesThatTheFileCannotFill) {
     ReadSlices(11'000, {}, false);
-    ReadSlices(5000, Pcm(48000, 2, 32), false);
-    ReadSlices(3600, Pcm(44100, 1, 16), false);
+    ReadSlices(5000, PcmFormat(2, 48000, 32), false);
+    ReadSlices(3600, PcmFormat(1, 44100, 16), false);
 }
 
 TEST_F(WorstRequests, ShortSlicesAtTheLowestRate) {
